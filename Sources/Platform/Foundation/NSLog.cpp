@@ -1,0 +1,40 @@
+#include "Platform/Foundation/NSLog.h"
+
+#include <cstdio>
+#include <mutex>
+
+namespace quorvane {
+
+namespace {
+
+struct Installed {
+    // Recursive, so that a sink may log itself.
+    std::recursive_mutex mutex;
+    NSLogSink sink;
+};
+
+Installed &installed() {
+    static Installed storage;
+    return storage;
+}
+
+} // namespace
+
+NSLogSink NSLogSetSink(NSLogSink sink) {
+    const std::lock_guard guard(installed().mutex);
+    return std::exchange(installed().sink, std::move(sink));
+}
+
+void NSLogString(const NSString &message) {
+    const std::lock_guard guard(installed().mutex);
+    if (installed().sink) {
+        // A copy, so that a sink may replace itself while it runs.
+        const NSLogSink sink = installed().sink;
+        sink(message);
+        return;
+    }
+    const std::string line = message.UTF8String() + "\n";
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+} // namespace quorvane

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// Every limit that keeps bad input from exhausting stack, memory or time, with its reason. Each is tested at
+/// its bound and one past it.
+namespace quorvane::limits {
+
+/// Elements inside one another in an XML file; deeper files would recurse too deep in the readers.
+inline constexpr std::size_t xmlNestingDepth = 256;
+/// Bytes of an XML file; the largest real grammars are below one megabyte.
+inline constexpr std::size_t xmlDocumentBytes = 64u << 20;
+
+/// Objects inside one another in an archive; a grammar nests two objects for each level of its scopes.
+inline constexpr std::size_t archiveNestingDepth = 1024;
+/// Bytes of an archive.
+inline constexpr std::size_t archiveBytes = 256u << 20;
+
+/// Open regions of a parse, the root being one of them: where a document nests deeper, the region is closed
+/// at once.
+inline constexpr std::size_t parseNestingDepth = 100;
+
+/// Kibibytes of heap that one attempt of a grammar's pattern may take; a pattern that needs more does not
+/// match.
+inline constexpr std::uint32_t patternHeapKibibytes = 64u << 10;
+/// First and largest size of the stack that compiled patterns run on, in bytes.
+inline constexpr std::size_t patternStackBytesAtStart = 64u << 10;
+inline constexpr std::size_t patternStackBytesAtMost = 1u << 20;
+
+/// Steps of a platform expression's search, in the library's units of about a microsecond, before it counts
+/// as "not found".
+inline constexpr std::int32_t platformExpressionTimeLimit = 100000;
+
+/// Steps of a chain of combinators; longer selectors are refused so that reading and freeing them can't
+/// exhaust the stack.
+inline constexpr std::size_t selectorChainLength = 1000;
+
+/// End patterns, built from a template and the text of a region's start, that one parse keeps compiled.
+inline constexpr std::size_t rememberedEndPatterns = 1024;
+
+} // namespace quorvane::limits
