@@ -1,0 +1,121 @@
+#include "Quorvane/Matches/QVMatchPool.h"
+
+#include "Quorvane/RegularExpressions/QVRegularExpressionResult.h"
+
+#include <cstdint>
+#include <new>
+
+// Under address checks a piece that came back is poisoned, so that its use is found as with the general
+// allocator.
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#define QUORVANE_POISON(piece, size) ASAN_POISON_MEMORY_REGION(piece, size)
+#define QUORVANE_UNPOISON(piece, size) ASAN_UNPOISON_MEMORY_REGION(piece, size)
+#else
+#define QUORVANE_POISON(piece, size) static_cast<void>(0)
+#define QUORVANE_UNPOISON(piece, size) static_cast<void>(0)
+#endif
+
+namespace quorvane {
+
+struct QVMatchPool::Slab {
+    QVMatchPool *pool;
+    Slab *next;
+};
+
+void QVMatchPool::Abandon::operator()(QVMatchPool *pool) const {
+    pool->_abandoned = true;
+    if (pool->_livePieces == 0)
+        delete pool;
+}
+
+QVMatchPool::Owner QVMatchPool::create() { return Owner(new QVMatchPool(false)); }
+
+QVMatchPool &QVMatchPool::sharedPool() {
+    // Never destroyed: nodes may outlive every static object.
+    static QVMatchPool *const pool = new QVMatchPool(true);
+    return *pool;
+}
+
+QVMatchPool &QVMatchPool::poolOf(const void *piece) {
+    const auto address = reinterpret_cast<std::uintptr_t>(piece) & ~(std::uintptr_t(slabBytes) - 1);
+    return *reinterpret_cast<const Slab *>(address)->pool;
+}
+
+QVMatchPool::~QVMatchPool() {
+    while (_slabs != nullptr) {
+        Slab *const slab = std::exchange(_slabs, _slabs->next);
+        QUORVANE_UNPOISON(slab, slabBytes);
+        std::free(slab);
+    }
+}
+
+std::size_t QVMatchPool::reservedBytes() const {
+    const auto lock = guard();
+    return _slabCount * slabBytes;
+}
+
+void QVMatchPool::addSlab() {
+    void *const memory = std::aligned_alloc(slabBytes, slabBytes);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    _slabs = new (memory) Slab{this, _slabs};
+    ++_slabCount;
+    _next = static_cast<char *>(memory) + sizeof(Slab);
+    _end = static_cast<char *>(memory) + slabBytes;
+    QUORVANE_POISON(_next, static_cast<std::size_t>(_end - _next));
+}
+
+void *QVMatchPool::allocate(std::size_t size) {
+    const auto lock = guard();
+    const std::size_t sizeClass = (size + granule - 1) / granule;
+    void *piece;
+    if (FreePiece *const free = _free[sizeClass]) {
+        QUORVANE_UNPOISON(free, sizeClass * granule);
+        _free[sizeClass] = free->next;
+        piece = free;
+    } else {
+        if (_next == nullptr || static_cast<std::size_t>(_end - _next) < sizeClass * granule)
+            addSlab();
+        piece = _next;
+        _next += sizeClass * granule;
+        QUORVANE_UNPOISON(piece, sizeClass * granule);
+    }
+    ++_livePieces;
+    return piece;
+}
+
+void QVMatchPool::deallocate(void *piece, std::size_t size) {
+    bool last;
+    {
+        const auto lock = guard();
+        const std::size_t sizeClass = (size + granule - 1) / granule;
+        _free[sizeClass] = new (piece) FreePiece{_free[sizeClass]};
+        QUORVANE_POISON(piece, sizeClass * granule);
+        last = --_livePieces == 0 && _abandoned;
+    }
+    if (last)
+        delete this;
+}
+
+QVMatchPool::Association &QVMatchPool::associationForMatch(const QVScopeMatch *match) {
+    const auto lock = guard();
+    return _associations[match];
+}
+
+const QVMatchPool::Association *QVMatchPool::existingAssociationForMatch(const QVScopeMatch *match) const {
+    const auto lock = guard();
+    const auto found = _associations.find(match);
+    return found == _associations.end() ? nullptr : &found->second;
+}
+
+void QVMatchPool::removeAssociationForMatch(const QVScopeMatch *match) {
+    Association removed;
+    const auto lock = guard();
+    if (const auto found = _associations.find(match); found != _associations.end()) {
+        removed = std::move(found->second);
+        _associations.erase(found);
+    }
+}
+
+} // namespace quorvane

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Platform/Foundation/QVExport.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+namespace quorvane {
+
+class QVRegularExpressionResult;
+class QVScopeMatch;
+class QVSyntax;
+
+/// Where a parse's match nodes and their records live: slabs of memory that hand out small pieces and take
+/// them back without asking the general allocator. A document holds millions of nodes, made and freed by the
+/// one writer of its parse; so a parse's pool takes no lock. Nodes made without a parse share one pool, which
+/// does.
+///
+/// A piece finds its pool through the head of its slab. A pool whose owner is gone lives on until its last
+/// piece comes back.
+class QVMatchPool {
+public:
+    /// What a few matches carry beside their fields.
+    struct Association {
+        std::shared_ptr<QVRegularExpressionResult> textCheckingResult;
+        std::shared_ptr<QVSyntax> subsyntax;
+    };
+
+    struct Abandon {
+        void operator()(QVMatchPool *pool) const;
+    };
+    using Owner = std::unique_ptr<QVMatchPool, Abandon>;
+
+    /// A pool for one writer at a time.
+    static Owner create();
+    /// The pool of nodes that belong to no parse; any thread.
+    static QVMatchPool &sharedPool();
+    /// The pool that a piece of memory came from.
+    static QVMatchPool &poolOf(const void *piece);
+
+    /// The largest piece that can be asked for, in bytes.
+    static constexpr std::size_t largestPiece = 128;
+
+    void *allocate(std::size_t size);
+    void deallocate(void *piece, std::size_t size);
+
+    /// The record of a match, made when first asked for. The reference is good until another record is made.
+    Association &associationForMatch(const QVScopeMatch *match);
+    /// Null where there is none.
+    const Association *existingAssociationForMatch(const QVScopeMatch *match) const;
+    void removeAssociationForMatch(const QVScopeMatch *match);
+
+    /// Pieces that are out, and bytes that the slabs take.
+    std::size_t livePieces() const { return _livePieces; }
+    std::size_t reservedBytes() const;
+
+    QVMatchPool(const QVMatchPool &) = delete;
+    QVMatchPool &operator=(const QVMatchPool &) = delete;
+
+private:
+    struct Slab;
+    struct FreePiece {
+        FreePiece *next;
+    };
+    static constexpr std::size_t slabBytes = 64 << 10;
+    static constexpr std::size_t granule = 8;
+
+    explicit QVMatchPool(bool shared) : _shared(shared) {}
+    ~QVMatchPool();
+    void addSlab();
+    std::unique_lock<std::mutex> guard() const {
+        return _shared ? std::unique_lock(_mutex) : std::unique_lock<std::mutex>();
+    }
+
+    const bool _shared;
+    bool _abandoned = false;
+    std::size_t _livePieces = 0;
+    std::size_t _slabCount = 0;
+    Slab *_slabs = nullptr;
+    char *_next = nullptr;
+    char *_end = nullptr;
+    std::array<FreePiece *, largestPiece / granule + 1> _free{};
+    std::unordered_map<const QVScopeMatch *, Association> _associations;
+    mutable std::mutex _mutex;
+};
+
+} // namespace quorvane

@@ -1,0 +1,188 @@
+#pragma once
+
+#include "Quorvane/Matches/QVMatch.h"
+#include "Quorvane/Matches/QVMatchPool.h"
+
+namespace quorvane {
+
+class QVParseSymbol;
+class QVScope;
+
+/// The record of what only some matches need, in three sizes, chosen once when a match is made: captures
+/// alone; a region's fields too; a symbol too. A plain match has none of them.
+struct QVScopeMatchStorage {
+    std::unique_ptr<QVCaptureMatchArray> captureMatches;
+};
+struct QVScopeMatchRegionStorage : QVScopeMatchStorage {
+    NSRange endRange = NSNotFoundRange;
+    std::unique_ptr<QVScopeMatchArray> submatches;
+    QVScopeMatch *firstChild = nullptr;
+    QVScopeMatch *lastChild = nullptr;
+    std::unique_ptr<QVCaptureMatchArray> endCaptureMatches;
+};
+struct QVScopeMatchSymbolStorage : QVScopeMatchRegionStorage {
+    QVParseSymbol *symbol = nullptr;
+};
+
+/// The children of a match, in location order: a small view that stays good until they change. Null-like for
+/// matches that are no containers, and for containers that never had any.
+class QVSubmatches {
+public:
+    QVSubmatches() = default;
+    explicit QVSubmatches(const QVScopeMatchArray *matches) : _matches(matches) {}
+
+    explicit operator bool() const { return _matches != nullptr; }
+    NSUInteger count() const { return _matches ? _matches->size() : 0; }
+    bool isEmpty() const { return count() == 0; }
+    /// The child at an index below the count.
+    QVScopeMatch *operator[](NSUInteger index) const { return (*_matches)[index].get(); }
+
+    class Iterator {
+    public:
+        explicit Iterator(const QVScopeMatchReference *match) : _match(match) {}
+        QVScopeMatch *operator*() const { return _match->get(); }
+        Iterator &operator++() {
+            ++_match;
+            return *this;
+        }
+        bool operator==(const Iterator &) const = default;
+
+    private:
+        const QVScopeMatchReference *_match;
+    };
+    Iterator begin() const { return Iterator(_matches ? _matches->data() : nullptr); }
+    Iterator end() const { return Iterator(_matches ? _matches->data() + _matches->size() : nullptr); }
+
+private:
+    const QVScopeMatchArray *_matches = nullptr;
+};
+
+/// A match of a scope: a leaf, or a region with children between its start and its end. The scope must
+/// outlive it.
+class QV_EXPORT QVScopeMatch final : public QVMatch {
+public:
+    static QVScopeMatchReference initWithScope(const QVScope *scope,
+                                               QVMatchPool &pool = QVMatchPool::sharedPool());
+    /// Throws: a match has a scope.
+    [[noreturn]] static QVScopeMatchReference init();
+
+    const QVScope *scope() const { return _scope; }
+
+    /// Whether it can hold capture matches, be a container, point to a symbol.
+    bool hasCaptures() const { return _hasCaptures; }
+    bool hasSubmatches() const { return _hasSubmatches; }
+    bool hasSymbol() const { return _hasSymbol; }
+
+    /// `{NSNotFound, 0}` where there is none, always so for matches that are no containers.
+    static inline NSRange directEndRange(const QVScopeMatch *match) {
+        return match && match->_hasSubmatches ? match->regionStorage()->endRange : NSNotFoundRange;
+    }
+    NSRange endRange() const { return directEndRange(this); }
+    /// Asserts that the match is a container and that the end does not lie before the range's end.
+    static void setDirectEndRange(QVScopeMatch *match, NSRange endRange);
+    void setEndRange(NSRange endRange) { setDirectEndRange(this, endRange); }
+
+    void setStart(bool start) { _start = start; }
+    void setEnd(bool end) { _end = end; }
+    bool skipForBumping() const { return _skipForBumping; }
+    void setSkipForBumping(bool skip) { _skipForBumping = skip; }
+    bool isInserted() const { return _inserted; }
+    void setInserted(bool inserted) { _inserted = inserted; }
+    /// The place in the enclosing anchored sequence at which this match was made, else `NSNotFound`.
+    NSUInteger anchoredMatchIdx() const {
+        return _anchoredMatchIdx == noAnchoredMatchIdx ? NSNotFound : _anchoredMatchIdx;
+    }
+    void setAnchoredMatchIdx(NSUInteger index) {
+        _anchoredMatchIdx =
+            index >= noAnchoredMatchIdx ? noAnchoredMatchIdx : static_cast<std::uint32_t>(index);
+    }
+
+    /// Null where there are none. Setting asserts that the match can hold them, unless nothing is set.
+    const QVCaptureMatchArray *captureMatches() const {
+        return _storage ? _storage->captureMatches.get() : nullptr;
+    }
+    void setCaptureMatches(std::unique_ptr<QVCaptureMatchArray> captureMatches);
+    const QVCaptureMatchArray *endCaptureMatches() const {
+        return _hasSubmatches ? regionStorage()->endCaptureMatches.get() : nullptr;
+    }
+    void setEndCaptureMatches(std::unique_ptr<QVCaptureMatchArray> captureMatches);
+    /// Takes the captures away without releasing them, for handing them to another match.
+    std::unique_ptr<QVCaptureMatchArray> takeCaptureMatches();
+
+    QVParseSymbol *symbol() const { return _hasSymbol ? symbolStorage()->symbol : nullptr; }
+    void setSymbol(QVParseSymbol *symbol);
+
+    // Children
+
+    QVScopeMatch *firstChild() const { return directFirstChild(this); }
+    QVScopeMatch *lastChild() const { return directLastChild(this); }
+    static inline QVScopeMatch *directFirstChild(const QVScopeMatch *match) {
+        return match && match->_hasSubmatches ? match->regionStorage()->firstChild : nullptr;
+    }
+    static inline QVScopeMatch *directLastChild(const QVScopeMatch *match) {
+        return match && match->_hasSubmatches ? match->regionStorage()->lastChild : nullptr;
+    }
+    /// As `nextMatch`.
+    static QVScopeMatch *directNextMatch(const QVScopeMatch *match);
+    static inline NSUInteger directSubmatchesCount(const QVScopeMatch *match) {
+        return match ? match->submatches().count() : 0;
+    }
+    QVSubmatches submatches() const {
+        return QVSubmatches(_hasSubmatches ? regionStorage()->submatches.get() : nullptr);
+    }
+    /// The child's index, `NSNotFound` where it is none. Found by its location.
+    NSUInteger indexOfSubmatch(const QVScopeMatch *match) const;
+    /// Replaces the children and links them; null takes them all away. The new ones must not be linked
+    /// elsewhere.
+    void setSubmatches(std::unique_ptr<QVScopeMatchArray> submatches);
+    void insertSubmatch(QVScopeMatchReference submatch, NSUInteger atIndex);
+    /// As many matches as indexes; they end up at these indexes.
+    void insertSubmatches(const QVScopeMatchArray &submatches, const class NSIndexSet &atIndexes);
+    void removeSubmatchAtIndex(NSUInteger index);
+    void removeSubmatchesAtIndexes(const class NSIndexSet &indexes);
+
+    /// First capture match, else first end capture match, else `nextMatch`.
+    QVMatch *nextMatchIncludingCaptures() const;
+
+    /// What few matches carry: the match of the region's start, kept for end patterns and for syntaxes named
+    /// by the text, and the syntax that the region entered.
+    std::shared_ptr<QVRegularExpressionResult> textCheckingResult() const;
+    void setTextCheckingResult(std::shared_ptr<QVRegularExpressionResult> result);
+    std::shared_ptr<QVSyntax> subsyntax() const;
+    void setSubsyntax(std::shared_ptr<QVSyntax> syntax);
+
+    /// The bytes that a match of this scope takes, its record included.
+    static std::size_t bytesForScope(const QVScope *scope);
+
+private:
+    friend class QVMatch;
+    static constexpr std::uint32_t noAnchoredMatchIdx = UINT32_MAX;
+
+    explicit QVScopeMatch(const QVScope *scope, QVMatchPool &pool);
+    ~QVScopeMatch();
+    static std::size_t storageBytes(bool hasCaptures, bool hasSubmatches, bool hasSymbol);
+
+    QVScopeMatchRegionStorage *regionStorage() const {
+        return static_cast<QVScopeMatchRegionStorage *>(_storage);
+    }
+    QVScopeMatchSymbolStorage *symbolStorage() const {
+        return static_cast<QVScopeMatchSymbolStorage *>(_storage);
+    }
+    QVScopeMatchArray &ensureSubmatches();
+    bool canChangeSubmatches() const;
+    void link(QVScopeMatch *submatch, NSUInteger atIndex);
+    void unlink(QVScopeMatch *submatch);
+
+    std::uint32_t _anchoredMatchIdx = noAnchoredMatchIdx;
+    const QVScope *_scope;
+    QVScopeMatchStorage *_storage = nullptr;
+};
+
+inline QVScopeMatch *QVMatch::asScopeMatch() {
+    return _isScopeMatch ? static_cast<QVScopeMatch *>(this) : nullptr;
+}
+inline const QVScopeMatch *QVMatch::asScopeMatch() const {
+    return _isScopeMatch ? static_cast<const QVScopeMatch *>(this) : nullptr;
+}
+
+} // namespace quorvane
