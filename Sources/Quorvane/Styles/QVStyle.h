@@ -1,0 +1,109 @@
+#pragma once
+
+#include "Platform/Foundation/NSCoder.h"
+#include "Platform/Foundation/NSURL.h"
+#include "Quorvane/Packages/QVLoadable.h"
+#include "Quorvane/Selectors/QVSimpleSelector.h"
+#include "Quorvane/Styles/QVStyleAttributes.h"
+
+namespace quorvane {
+
+/// A selector with what nodes that it matches look like: properties as a theme writes them, and the typed
+/// attributes that they were read into. Several styles that match one node are merged into one without a
+/// selector. A style is set up by one thread; once its theme is built it is only read, from any thread.
+class QV_EXPORT QVStyle final : public QVLoadable, public NSSecureCoding {
+public:
+    using Attributes = std::map<NSString, QVStyleValue>;
+    using Properties = std::map<NSString, NSString>;
+
+    QVStyle() = default;
+
+    /// One style with the attributes of all: a later style's attribute replaces an earlier one's, null
+    /// markers included. The result has neither selector nor properties.
+    static std::shared_ptr<QVStyle>
+    styleByResolvingStyles(const std::vector<std::shared_ptr<QVStyle>> &styles);
+
+    /// Null on a merged style.
+    const std::shared_ptr<const QVSimpleSelector> &selector() const { return _selector; }
+    void setSelector(std::shared_ptr<const QVSimpleSelector> selector) { _selector = std::move(selector); }
+    /// Names and raw values as written. Setting them reads no attributes.
+    const Properties &properties() const { return _properties; }
+    void setProperties(Properties properties) { _properties = std::move(properties); }
+    /// Everything that the style says, by key.
+    const Attributes &attributes() const { return _attributes; }
+
+    /// The theme's file and the place of the declaration in it, counted from 1; neither archived nor copied.
+    const NSURL &fileURL() const { return _fileURL; }
+    void setFileURL(NSURL fileURL) { _fileURL = std::move(fileURL); }
+    const std::optional<NSUInteger> &lineNumber() const { return _lineNumber; }
+    void setLineNumber(std::optional<NSUInteger> lineNumber) { _lineNumber = lineNumber; }
+    const std::optional<NSUInteger> &columnNumber() const { return _columnNumber; }
+    void setColumnNumber(std::optional<NSUInteger> columnNumber) { _columnNumber = columnNumber; }
+
+    /// Orders by the specificity of the selectors alone, ascending; a style without a selector counts as 0.
+    NSComparisonResult compare(const QVStyle &other) const;
+
+    // Attributes by key. A null key is a programming error: the assertion reads "Invalid parameter not
+    // satisfying: key != nil", after which getters answer nothing and setters do nothing.
+
+    /// Whatever is stored, the null marker included, so callers ask `isNullForAttribute` first; null where
+    /// nothing is said. Valid until the style changes.
+    const QVStyleValue *numberForAttribute(const NSString &key) const;
+    /// Setting no number removes the attribute.
+    void setNumber(std::optional<NSInteger> number, const NSString &forAttribute);
+
+    /// Whether the null marker is stored.
+    bool isNullForAttribute(const NSString &key) const;
+    /// Stores the marker, or removes the attribute.
+    void setNull(bool null, const NSString &forAttribute);
+
+    // The number attributes by name. The marker reads as no number.
+
+    std::optional<NSInteger> fontWeight() const { return integerForAttribute(QVStyleAttributeFontWeight); }
+    void setFontWeight(std::optional<NSInteger> fontWeight) {
+        setNumber(fontWeight, QVStyleAttributeFontWeight);
+    }
+    std::optional<NSInteger> fontStyle() const { return integerForAttribute(QVStyleAttributeFontStyle); }
+    void setFontStyle(std::optional<NSInteger> fontStyle) { setNumber(fontStyle, QVStyleAttributeFontStyle); }
+    std::optional<NSInteger> textDecoration() const {
+        return integerForAttribute(QVStyleAttributeTextDecoration);
+    }
+    void setTextDecoration(std::optional<NSInteger> textDecoration) {
+        setNumber(textDecoration, QVStyleAttributeTextDecoration);
+    }
+    std::optional<NSInteger> textDecorationStyle() const {
+        return integerForAttribute(QVStyleAttributeTextDecorationStyle);
+    }
+    void setTextDecorationStyle(std::optional<NSInteger> textDecorationStyle) {
+        setNumber(textDecorationStyle, QVStyleAttributeTextDecorationStyle);
+    }
+
+    /// A new style with the selector, the properties and the attributes; it belongs to no package.
+    std::shared_ptr<QVStyle> copy() const;
+
+    std::u16string_view className() const override { return u"QVStyle"; }
+    /// "<%@: %p : selector=%@>"
+    NSString description() const override;
+
+    static const NSCodingClass &codingClass();
+    const NSCodingClass &classForCoder() const override { return codingClass(); }
+    void encodeWithCoder(NSCoder &coder) const override;
+    std::shared_ptr<NSSecureCoding> initWithCoder(NSCoder &coder,
+                                                  std::shared_ptr<NSSecureCoding> self) override;
+
+private:
+    std::optional<NSInteger> integerForAttribute(const NSString &key) const;
+    /// The stored value after the check of the key, null where there is none.
+    const QVStyleValue *valueForAttribute(const NSString &key) const;
+    /// Stores the value after the check of the key, or removes the attribute where there is none.
+    void setValue(std::optional<QVStyleValue> value, const NSString &forAttribute);
+
+    std::shared_ptr<const QVSimpleSelector> _selector;
+    Properties _properties;
+    Attributes _attributes;
+    NSURL _fileURL;
+    std::optional<NSUInteger> _lineNumber;
+    std::optional<NSUInteger> _columnNumber;
+};
+
+} // namespace quorvane
