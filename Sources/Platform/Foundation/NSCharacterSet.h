@@ -8,7 +8,7 @@ namespace quorvane {
 
 /// An immutable set of Unicode characters. Membership of a UTF-16 unit is one read of a bit table; the
 /// classes follow the Unicode general categories. Surrogate units belong to no set unless it was made of
-/// them.
+/// them or inverts one that was not.
 class QV_EXPORT NSCharacterSet final : public NSObject, public NSSecureCoding {
 public:
     /// Letters, marks and numbers (L*, M*, N*).

@@ -80,10 +80,13 @@ public:
     NSComparisonResult compare(const NSString &other) const;
     NSComparisonResult caseInsensitiveCompare(const NSString &other) const;
 
-    /// The first occurrence of a text, `{NSNotFound, 0}` where there is none; an empty text is never found.
+    /// The first occurrence of a text (the last with `NSBackwardsSearch`; only one at the start or end with
+    /// `NSAnchoredSearch`), unit by unit or case-folded; `{NSNotFound, 0}` where there is none. An empty text
+    /// is never found.
     NSRange rangeOfString(std::u16string_view text, NSStringCompareOptions options = 0) const;
     /// The first unit (the last with `NSBackwardsSearch`) that belongs to the set; with `NSAnchoredSearch`
-    /// only the range's own first (last) one counts.
+    /// only the range's own first (last) one counts. A pair of surrogates is one character and answered
+    /// whole. Throws `NSRangeException` when the range leaves the string.
     NSRange rangeOfCharacterFromSet(const NSCharacterSet &set, NSStringCompareOptions options = 0) const;
     NSRange rangeOfCharacterFromSet(const NSCharacterSet &set, NSStringCompareOptions options,
                                     NSRange range) const;
@@ -99,8 +102,8 @@ public:
     NSString stringByReplacingOccurrencesOfString(std::u16string_view target,
                                                   std::u16string_view replacement) const;
 
-    /// The number that the text begins with after white space, 0 where there is none; clamped to its type's
-    /// range.
+    /// The decimal number that the text begins with after white space, 0 where there is none; clamped to its
+    /// type's finite range.
     NSInteger integerValue() const;
     float floatValue() const;
     double doubleValue() const;
@@ -113,7 +116,7 @@ public:
     NSString stringByDeletingPathExtension() const;
 
     /// The range of the composed character sequence that holds the unit at the index (extended grapheme
-    /// cluster).
+    /// cluster). Throws `NSRangeException` when the index is not below the length.
     NSRange rangeOfComposedCharacterSequenceAtIndex(NSUInteger index) const;
 
     std::size_t hash() const { return std::hash<std::u16string_view>()(view()); }
