@@ -5,6 +5,9 @@
 
 namespace quorvane {
 
+/// The code of the error for a pattern that can't be read.
+inline constexpr NSInteger NSFormattingError = 2048;
+
 /// Compile options; a bit mask, part of archives.
 using NSRegularExpressionOptions = std::uint64_t;
 inline constexpr NSRegularExpressionOptions NSRegularExpressionCaseInsensitive = 1;
@@ -24,7 +27,8 @@ inline constexpr NSMatchingOptions NSMatchingWithoutAnchoringBounds = 16;
 /// is logged.
 class QV_EXPORT NSRegularExpression final : public NSObject, public NSSecureCoding {
 public:
-    /// Null, with the error set, when the pattern does not compile.
+    /// Null, with an error in `NSCocoaErrorDomain` of code `NSFormattingError` set, when the pattern does not
+    /// compile; an empty pattern doesn't.
     static std::shared_ptr<NSRegularExpression>
     regularExpressionWithPattern(const NSString &pattern, NSRegularExpressionOptions options,
                                  std::shared_ptr<NSError> *error = nullptr);
@@ -41,7 +45,8 @@ public:
     /// The groups' ranges of one match, index 0 being the whole; a group that took no part is `{NSNotFound,
     /// 0}`.
     using Match = std::vector<NSRange>;
-    /// All matches in a range of the text, in order, until the callback sets stop.
+    /// All matches in a range of the text, in order, until the callback sets stop; an anchored search has at
+    /// most one. All searches throw `NSRangeException` when the range leaves the text.
     void enumerateMatchesInString(std::u16string_view string, NSMatchingOptions options, NSRange range,
                                   QVBlock<void(const Match &match, bool &stop)> block) const;
     std::optional<Match> firstMatchInString(std::u16string_view string, NSMatchingOptions options,
@@ -66,6 +71,8 @@ public:
 
 private:
     NSRegularExpression();
+    bool compile(const NSString &pattern, NSRegularExpressionOptions options,
+                 std::shared_ptr<NSError> *error);
     struct Compiled;
     NSString _pattern;
     NSRegularExpressionOptions _options = 0;

@@ -28,9 +28,9 @@ inline constexpr std::uint32_t patternHeapKibibytes = 64u << 10;
 inline constexpr std::size_t patternStackBytesAtStart = 64u << 10;
 inline constexpr std::size_t patternStackBytesAtMost = 1u << 20;
 
-/// Steps of a platform expression's search, in the library's units of about a microsecond, before it counts
-/// as "not found".
-inline constexpr std::int32_t platformExpressionTimeLimit = 100000;
+/// Steps of a platform expression's search before it counts as "not found". One step is 10000 points to come
+/// back to, about a tenth of a millisecond: a tenth of a second in all.
+inline constexpr std::int32_t platformExpressionTimeLimit = 1000;
 
 /// Steps of a chain of combinators; longer selectors are refused so that reading and freeing them can't
 /// exhaust the stack.
