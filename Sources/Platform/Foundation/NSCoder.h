@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 #include <span>
+#include <variant>
 #include <vector>
 
 namespace quorvane {
@@ -45,55 +46,72 @@ public:
                                                           std::shared_ptr<NSSecureCoding> self) = 0;
 };
 
+/// A value of a dictionary that holds several types: the null marker, a number, a text or an object.
+using NSCodingValue =
+    std::variant<std::nullptr_t, bool, NSInteger, double, NSString, std::shared_ptr<NSSecureCoding>>;
+
 /// One side of a keyed archive. Objects write and read their fields by key. Null, absent and wrongly typed
-/// entries all read as "nothing" (null, an empty optional, 0, false); only `failWithError` makes the whole
-/// archive fail.
+/// entries all read as "nothing" (null, an empty optional, 0, false); only `failWithError` and damage to the
+/// archive's structure make the whole archive fail. Numbers of all kinds read as each other, as boxed numbers
+/// do; one that does not fit reads as nothing. A second value for a key takes the first one's place. Reading
+/// from a writer or the other way round throws `NSInvalidArgumentException`. One thread.
 class QV_EXPORT NSCoder {
 public:
     virtual ~NSCoder();
 
     // Writing. A null string, data or object, or an empty optional, writes nothing under its key.
-    virtual void encodeBool(bool value, const NSString &key) = 0;
-    virtual void encodeInteger(NSInteger value, const NSString &key) = 0;
-    virtual void encodeFloat(float value, const NSString &key) = 0;
-    virtual void encodeDouble(double value, const NSString &key) = 0;
-    virtual void encodeString(const NSString &value, const NSString &key) = 0;
-    virtual void encodeData(const NSData &value, const NSString &key) = 0;
-    virtual void encodeObject(const std::shared_ptr<const NSSecureCoding> &value, const NSString &key) = 0;
+    virtual void encodeBool(bool value, const NSString &key);
+    virtual void encodeInteger(NSInteger value, const NSString &key);
+    virtual void encodeFloat(float value, const NSString &key);
+    virtual void encodeDouble(double value, const NSString &key);
+    virtual void encodeString(const NSString &value, const NSString &key);
+    virtual void encodeData(const NSData &value, const NSString &key);
+    virtual void encodeObject(const std::shared_ptr<const NSSecureCoding> &value, const NSString &key);
     /// A number that may be absent, as an object.
-    virtual void encodeNumber(const std::optional<NSInteger> &value, const NSString &key) = 0;
-    virtual void encodeStrings(const std::optional<std::vector<NSString>> &values, const NSString &key) = 0;
-    virtual void encodeStringSet(const std::optional<std::set<NSString>> &values, const NSString &key) = 0;
-    virtual void encodeNumberSet(const std::optional<std::set<NSUInteger>> &values, const NSString &key) = 0;
+    virtual void encodeNumber(const std::optional<NSInteger> &value, const NSString &key);
+    virtual void encodeStrings(const std::optional<std::vector<NSString>> &values, const NSString &key);
+    virtual void encodeStringSet(const std::optional<std::set<NSString>> &values, const NSString &key);
+    virtual void encodeNumberSet(const std::optional<std::set<NSUInteger>> &values, const NSString &key);
     virtual void encodeStringDictionary(const std::optional<std::map<NSString, NSString>> &values,
-                                        const NSString &key) = 0;
+                                        const NSString &key);
+    /// A list of numbers with fractions.
+    virtual void encodeDoubles(const std::optional<std::vector<double>> &values, const NSString &key);
+    virtual void encodeRange(const std::optional<NSRange> &value, const NSString &key);
+    virtual void encodeValueDictionary(const std::optional<std::map<NSString, NSCodingValue>> &values,
+                                       const NSString &key);
+    /// No entry may be null, here and below; a null one is asserted and left out.
     virtual void
     encodeObjectArray(const std::optional<std::vector<std::shared_ptr<const NSSecureCoding>>> &values,
-                      const NSString &key) = 0;
+                      const NSString &key);
     virtual void encodeObjectDictionary(
         const std::optional<std::map<NSString, std::shared_ptr<const NSSecureCoding>>> &values,
-        const NSString &key) = 0;
+        const NSString &key);
 
     // Reading.
-    virtual bool containsValueForKey(const NSString &key) const = 0;
-    virtual bool decodeBool(const NSString &key) = 0;
-    virtual NSInteger decodeInteger(const NSString &key) = 0;
-    virtual float decodeFloat(const NSString &key) = 0;
-    virtual double decodeDouble(const NSString &key) = 0;
-    virtual NSString decodeString(const NSString &key) = 0;
-    virtual NSData decodeData(const NSString &key) = 0;
-    virtual std::optional<NSInteger> decodeNumber(const NSString &key) = 0;
-    virtual std::optional<std::vector<NSString>> decodeStrings(const NSString &key) = 0;
-    virtual std::optional<std::set<NSString>> decodeStringSet(const NSString &key) = 0;
-    virtual std::optional<std::set<NSUInteger>> decodeNumberSet(const NSString &key) = 0;
-    virtual std::optional<std::map<NSString, NSString>> decodeStringDictionary(const NSString &key) = 0;
-    virtual std::shared_ptr<NSSecureCoding> decodeObject(const NSString &key,
-                                                         const NSCodingClass &accepted) = 0;
-    /// A list with an entry that can't be decoded reads as nothing as a whole.
+    virtual bool containsValueForKey(const NSString &key) const;
+    virtual bool decodeBool(const NSString &key);
+    virtual NSInteger decodeInteger(const NSString &key);
+    virtual float decodeFloat(const NSString &key);
+    virtual double decodeDouble(const NSString &key);
+    virtual NSString decodeString(const NSString &key);
+    virtual NSData decodeData(const NSString &key);
+    virtual std::optional<NSInteger> decodeNumber(const NSString &key);
+    virtual std::optional<std::vector<NSString>> decodeStrings(const NSString &key);
+    virtual std::optional<std::set<NSString>> decodeStringSet(const NSString &key);
+    virtual std::optional<std::set<NSUInteger>> decodeNumberSet(const NSString &key);
+    virtual std::optional<std::map<NSString, NSString>> decodeStringDictionary(const NSString &key);
+    virtual std::optional<std::vector<double>> decodeDoubles(const NSString &key);
+    virtual std::optional<NSRange> decodeRange(const NSString &key);
+    /// Objects must be of one of the accepted classes.
+    virtual std::optional<std::map<NSString, NSCodingValue>>
+    decodeValueDictionary(const NSString &key, std::span<const NSCodingClass *const> accepted);
+    virtual std::shared_ptr<NSSecureCoding> decodeObject(const NSString &key, const NSCodingClass &accepted);
+    /// A list or dictionary with an entry that can't be decoded reads as nothing as a whole; so do all of the
+    /// lists, sets and dictionaries here.
     virtual std::optional<std::vector<std::shared_ptr<NSSecureCoding>>>
-    decodeObjectArray(const NSString &key, const NSCodingClass &accepted) = 0;
+    decodeObjectArray(const NSString &key, const NSCodingClass &accepted);
     virtual std::optional<std::map<NSString, std::shared_ptr<NSSecureCoding>>>
-    decodeObjectDictionary(const NSString &key, const NSCodingClass &accepted) = 0;
+    decodeObjectDictionary(const NSString &key, const NSCodingClass &accepted);
 
     /// Makes the whole archive fail with this error; the first one counts.
     virtual void failWithError(std::shared_ptr<NSError> error) = 0;

@@ -16,6 +16,12 @@ inline constexpr std::size_t xmlDocumentBytes = 64u << 20;
 inline constexpr std::size_t archiveNestingDepth = 1024;
 /// Bytes of an archive.
 inline constexpr std::size_t archiveBytes = 256u << 20;
+/// Values in an archive, each counted as often as it is referred to; one takes the property list library about
+/// a hundred bytes. The same number bounds the entries of all lists that one decoding reads.
+inline constexpr std::size_t archiveReferences = 8u << 20;
+/// Containers inside one another in an archive's property list, which is flat: its objects name each other by
+/// index. The library reads containers by recursion.
+inline constexpr std::size_t propertyListNestingDepth = 16;
 
 /// Open regions of a parse, the root being one of them: where a document nests deeper, the region is closed
 /// at once.
