@@ -14,7 +14,8 @@ struct Installed {
 };
 
 Installed &installed() {
-    static Installed storage;
+    // Never destroyed: tasks on queues may be at work while the process ends.
+    static Installed &storage = *new Installed;
     return storage;
 }
 
