@@ -45,4 +45,8 @@ inline constexpr std::size_t selectorChainLength = 1000;
 /// End patterns, built from a template and the text of a region's start, that one parse keeps compiled.
 inline constexpr std::size_t rememberedEndPatterns = 1024;
 
+/// Threads of one pool of workers, those that wait for others included. Tasks that wait for one another more
+/// deeply than this never end.
+inline constexpr std::size_t dispatchThreads = 512;
+
 } // namespace quorvane::limits
