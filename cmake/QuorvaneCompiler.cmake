@@ -21,8 +21,17 @@ if(QUORVANE_SANITIZE)
 endif()
 
 find_program(QUORVANE_CCACHE ccache)
-if(QUORVANE_CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${QUORVANE_CCACHE})
+find_program(QUORVANE_ENV env)
+if(QUORVANE_CCACHE AND QUORVANE_ENV)
+    # With a precompiled header the cache must not ask for the header's own time and macros, and the compiler
+    # must say what it took from it; else nothing is ever found.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${QUORVANE_ENV}
+        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${QUORVANE_CCACHE})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        add_compile_options(-fpch-preprocess)
+    else()
+        add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
+    endif()
 endif()
 find_program(QUORVANE_MOLD mold)
 if(QUORVANE_MOLD AND NOT QUORVANE_SANITIZE)
