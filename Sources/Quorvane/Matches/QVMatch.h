@@ -125,10 +125,11 @@ public:
     QVMatch(const QVMatch &) = delete;
     QVMatch &operator=(const QVMatch &) = delete;
 
-    friend void intrusive_ptr_add_ref(QVMatch *match) { ++match->_retainCount; }
-    friend void intrusive_ptr_release(QVMatch *match) {
-        if (--match->_retainCount == 0)
-            destroy(match);
+    // For `boost::intrusive_ptr` alone.
+    void retain() { ++_retainCount; }
+    void release() {
+        if (--_retainCount == 0)
+            destroy(this);
     }
 
 protected:
@@ -155,5 +156,8 @@ protected:
 private:
     static void destroy(QVMatch *match);
 };
+
+inline void intrusive_ptr_add_ref(QVMatch *match) { match->retain(); }
+inline void intrusive_ptr_release(QVMatch *match) { match->release(); }
 
 } // namespace quorvane

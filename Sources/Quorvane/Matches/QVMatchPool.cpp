@@ -8,6 +8,13 @@
 // Under address checks a piece that came back is poisoned, so that its use is found as with the general
 // allocator.
 #if defined(__SANITIZE_ADDRESS__)
+#define QUORVANE_CHECKS_ADDRESSES 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUORVANE_CHECKS_ADDRESSES 1
+#endif
+#endif
+#if defined(QUORVANE_CHECKS_ADDRESSES)
 #include <sanitizer/asan_interface.h>
 #define QUORVANE_POISON(piece, size) ASAN_POISON_MEMORY_REGION(piece, size)
 #define QUORVANE_UNPOISON(piece, size) ASAN_UNPOISON_MEMORY_REGION(piece, size)
