@@ -49,14 +49,13 @@ public:
     /// The direct children that are text, in order.
     std::vector<std::shared_ptr<QVXMLTextNode>> textNodes() const;
 
-    NSString stringValue() const override;
-    NSString text() const override;
-
     std::u16string_view className() const override { return u"QVXMLElement"; }
     /// "<%@: %p, %@>" with class, address and name.
     NSString description() const override;
 
 private:
+    void requireIndexBelow(NSUInteger index, NSUInteger bound) const;
+
     NSString _name;
     std::map<NSString, NSString> _attributes;
     std::vector<std::shared_ptr<QVXMLNode>> _children;
