@@ -2,23 +2,12 @@
 
 #include "Platform/Foundation/NSCharacterSet.h"
 #include "Platform/Foundation/NSException.h"
-#include "Tests/Support/Printing.h"
+#include "Tests/Support/TextGaps.h"
 
 #include <gtest/gtest.h>
 
 using namespace quorvane;
-
-namespace {
-
-/// Calls a check with the text cut at every place there is.
-template <typename Check> void withEveryGap(std::u16string_view text, Check check) {
-    for (std::size_t gap = 0; gap <= text.size(); ++gap) {
-        SCOPED_TRACE(gap);
-        check(QVTextReader(text.substr(0, gap), text.substr(gap)));
-    }
-}
-
-} // namespace
+using test::withEveryGap;
 
 TEST(NSScanner, ScansATextOnlyWhereItStands) {
     withEveryGap(u"foobar", [](QVTextReader text) {

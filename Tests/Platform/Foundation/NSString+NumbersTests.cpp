@@ -10,7 +10,8 @@ TEST(NSStringNumbers, AnIntegerIsReadAfterWhiteSpaceUpToTheFirstOtherCharacter) 
     EXPECT_EQ(NSString(u" \t\n-17px").integerValue(), -17);
     EXPECT_EQ(NSString(u"+3").integerValue(), 3);
     EXPECT_EQ(NSString(u"12.9").integerValue(), 12);
-    for (const NSString &text : {NSString(u""), NSString(), NSString(u"x1"), NSString(u"-"), NSString(u"--1")})
+    for (const NSString &text :
+         {NSString(u""), NSString(), NSString(u"x1"), NSString(u"-"), NSString(u"--1")})
         EXPECT_EQ(text.integerValue(), 0);
 }
 
@@ -31,7 +32,7 @@ TEST(NSStringNumbers, ADecimalNumberIsTheLongestPrefixThatIsOne) {
     EXPECT_EQ(NSString(u"1e+").doubleValue(), 1.0);
     EXPECT_EQ(NSString(u"0.1").floatValue(), 0.1f);
     for (const NSString &text : {NSString(u""), NSString(), NSString(u"."), NSString(u"-"), NSString(u"nan"),
-                                NSString(u"inf"), NSString(u"e5")})
+                                 NSString(u"inf"), NSString(u"e5")})
         EXPECT_EQ(text.doubleValue(), 0.0);
     // No hexadecimal numbers.
     EXPECT_EQ(NSString(u"0x10").doubleValue(), 0.0);

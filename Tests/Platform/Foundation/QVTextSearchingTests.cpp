@@ -2,22 +2,16 @@
 
 #include "Platform/Foundation/NSCharacterSet.h"
 #include "Platform/Foundation/NSException.h"
-#include "Tests/Support/Printing.h"
+#include "Tests/Support/TextGaps.h"
 
 #include <gtest/gtest.h>
 #include <random>
 #include <unicode/ubrk.h>
 
 using namespace quorvane;
+using test::withEveryGap;
 
 namespace {
-
-template <typename Check> void withEveryGap(std::u16string_view text, Check check) {
-    for (std::size_t gap = 0; gap <= text.size(); ++gap) {
-        SCOPED_TRACE(gap);
-        check(QVTextReader(text.substr(0, gap), text.substr(gap)));
-    }
-}
 
 struct Line {
     NSUInteger start;
