@@ -6,6 +6,7 @@
 namespace quorvane {
 
 class QVPackage;
+class QVScope;
 class QVSyntax;
 
 /// Posted with the set of packages that were really taken.
@@ -34,6 +35,9 @@ public:
     /// Connects a newly resolved grammar: its scopes learn the syntax they belong to. Called once, by the
     /// syntax, under the package lock.
     static void loadResolvedSyntax(const std::shared_ptr<QVSyntax> &syntax);
+    /// Makes the syntax the parent of the scope and of all that its subscopes hold; captures have none.
+    static void recursivelyApplySyntax(const std::shared_ptr<QVSyntax> &syntax,
+                                       const std::shared_ptr<QVScope> &toScope);
 
     std::u16string_view className() const override { return u"QVLoadable"; }
 

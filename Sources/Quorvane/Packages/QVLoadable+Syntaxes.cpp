@@ -1,0 +1,36 @@
+#include "Quorvane/Packages/QVLoadable.h"
+
+#include "Quorvane/Scopes/QVScope.h"
+#include "Quorvane/Syntaxes/QVGrammar.h"
+#include "Quorvane/Syntaxes/QVSyntax.h"
+
+namespace quorvane {
+
+void QVLoadable::loadResolvedSyntax(const std::shared_ptr<QVSyntax> &syntax) {
+    const std::shared_ptr<QVPackage> package = syntax->package();
+    const std::shared_ptr<QVGrammar> grammar = syntax->grammar();
+    if (!grammar)
+        return;
+    grammar->willLoadIntoPackage(package);
+    grammar->setPackage(package);
+    for (const auto &scope : grammar->scopes())
+        recursivelyApplySyntax(syntax, scope);
+    for (const auto &scope : grammar->templateScopes())
+        recursivelyApplySyntax(syntax, scope);
+    for (const auto &[name, collection] : grammar->collections())
+        for (const auto &scope : collection->scopes())
+            recursivelyApplySyntax(syntax, scope);
+    for (const auto &[name, collection] : grammar->collections()) {
+        collection->willLoadIntoPackage(package);
+        collection->setPackage(package);
+    }
+}
+
+void QVLoadable::recursivelyApplySyntax(const std::shared_ptr<QVSyntax> &syntax,
+                                        const std::shared_ptr<QVScope> &toScope) {
+    toScope->setParentSyntax(syntax);
+    for (const auto &subscope : toScope->subscopes())
+        recursivelyApplySyntax(syntax, subscope);
+}
+
+} // namespace quorvane
