@@ -120,6 +120,7 @@ private:
     bool matchesNode(const QVSelectable *node) const;
     /// The node through which a match of this step was reached, null for any other node.
     QVSelectable *nodeThroughWhichMatched(const QVSelectable *match) const;
+    QVMatch *matchThroughWhichReached(const QVMatch *match) const;
 
     NSUInteger _type = QVSelectorCombinatorTypeNone;
     Selectors _simpleSelectors;
