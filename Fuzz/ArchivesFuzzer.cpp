@@ -8,6 +8,8 @@
 #include "Quorvane/Formatters/QVFormatter.h"
 #include "Quorvane/RegularExpressions/QVRegularExpression.h"
 #include "Quorvane/Scopes/QVScope.h"
+#include "Quorvane/Selectors/QVSelectorCombinator.h"
+#include "Quorvane/Styles/QVStyle.h"
 
 using namespace quorvane;
 
@@ -28,7 +30,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     if (size == 0)
         return 0;
     const NSData archive(std::vector<std::uint8_t>(data + 1, data + size));
-    switch (data[0] % 4) {
+    switch (data[0] % 6) {
     case 0:
         readAndWrite<QVDetector>(archive);
         break;
@@ -38,8 +40,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     case 2:
         readAndWrite<QVRegularExpression>(archive);
         break;
-    default:
+    case 3:
         readAndWrite<QVScope>(archive);
+        break;
+    case 4:
+        readAndWrite<QVSelectorCombinator>(archive);
+        break;
+    default:
+        readAndWrite<QVStyle>(archive);
         break;
     }
     return 0;
