@@ -156,18 +156,5 @@ template <> struct std::hash<quorvane::NSString> {
     std::size_t operator()(const quorvane::NSString &string) const { return string.hash(); }
 };
 
+// The way to fill a format stands behind the arguments, which need strings.
 #include "Platform/Foundation/QVFormatArgument.h"
-
-namespace quorvane {
-
-template <typename... Values>
-NSString NSString::stringWithFormat(std::u16string_view format, const Values &...values) {
-    if constexpr (sizeof...(Values) == 0) {
-        return QVStringWithFormatArguments(format, nullptr, 0);
-    } else {
-        const QVFormatArgument arguments[] = {QVFormatArgument(values)...};
-        return QVStringWithFormatArguments(format, arguments, sizeof...(Values));
-    }
-}
-
-} // namespace quorvane

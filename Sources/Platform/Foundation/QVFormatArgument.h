@@ -60,4 +60,14 @@ private:
     Value _value;
 };
 
+template <typename... Values>
+NSString NSString::stringWithFormat(std::u16string_view format, const Values &...values) {
+    if constexpr (sizeof...(Values) == 0) {
+        return QVStringWithFormatArguments(format, nullptr, 0);
+    } else {
+        const QVFormatArgument arguments[] = {QVFormatArgument(values)...};
+        return QVStringWithFormatArguments(format, arguments, sizeof...(Values));
+    }
+}
+
 } // namespace quorvane
