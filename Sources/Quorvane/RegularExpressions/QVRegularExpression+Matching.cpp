@@ -53,12 +53,22 @@ std::uint32_t matchOptions(QVMatchingOptions options, bool isJITEnabled) {
     return result;
 }
 
+bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
+bool isLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
+
 /// What the pattern sees, and where in it a match may start and must end.
 struct Subject {
+    Subject(const char16_t *subjectCharacters, NSUInteger subjectLength, NSUInteger start, NSUInteger limit)
+        : characters(subjectCharacters), length(subjectLength), startOffset(start), offsetLimit(limit),
+          endsInHalf(length > 0 && isHighSurrogate(characters[length - 1])) {}
+
     const char16_t *characters;
     NSUInteger length;
     NSUInteger startOffset;
     NSUInteger offsetLimit;
+    /// The last unit is the first half of a character: reading it, the matcher may take the unit behind it
+    /// too.
+    bool endsInHalf;
 };
 
 /// One search from an offset, with the chain of fall-backs: the compiled form on its small stack, on a larger
@@ -74,12 +84,21 @@ struct Matcher {
     bool direct;
     JITStack stack{context};
     bool fellBack = false;
+    std::u16string withoutHalf{};
 
     int matchAt(NSUInteger offset) {
-        const PCRE2_SPTR16 characters = pcre2Characters(subject.characters);
+        const int result = run(offset);
+        // Over half a character at the end the compiled form steps past the end, which is a place to match at
+        // too.
+        const bool missedEnd = subject.endsInHalf && direct && result == PCRE2_ERROR_NOMATCH &&
+                               subject.offsetLimit == subject.length && offset < subject.length;
+        return missedEnd ? run(subject.length) : result;
+    }
+
+    int run(NSUInteger offset) {
         while (direct) {
-            const int result =
-                pcre2_jit_match_16(code, characters, subject.length, offset, options, data, context);
+            const int result = pcre2_jit_match_16(code, pcre2Characters(subject.characters), subject.length,
+                                                  offset, options, data, context);
             if (result != PCRE2_ERROR_JIT_STACKLIMIT)
                 return result;
             if (!stack.exists() && stack.create())
@@ -90,19 +109,57 @@ struct Matcher {
             direct = false;
             fellBack = true;
         }
-        return pcre2_match_16(code, characters, subject.length, offset, options, data, context);
+        const char16_t *const characters = subject.endsInHalf ? charactersWithoutHalf() : subject.characters;
+        return pcre2_match_16(code, pcre2Characters(characters), subject.length, offset, options, data,
+                              context);
+    }
+
+    /// Behind half a character at the end the interpreter compares literals and repeated groups without
+    /// asking for the end again, with whatever lies there. So it gets a copy that ends in a whole character,
+    /// made once for an enumeration; the compiled form always asks.
+    [[gnu::noinline]] const char16_t *charactersWithoutHalf() {
+        if (withoutHalf.empty()) {
+            withoutHalf.reserve(subject.length + 1);
+            withoutHalf.push_back(u'\0');
+            withoutHalf.append(subject.characters, subject.length);
+            withoutHalf.back() = u'\xFFFD';
+        }
+        return withoutHalf.data() + 1;
     }
 };
 
-/// A match's end, never behind what the pattern sees: over a lone high surrogate at the end the matcher steps
-/// too far.
+/// A match's end, never behind what the pattern sees: over a half character at the end the matcher steps too
+/// far.
 NSUInteger clampedEnd(pcre2_match_data_16 *data, const Subject &subject) {
     PCRE2_SIZE *vector = pcre2_get_ovector_pointer_16(data);
-    for (std::uint32_t index = 0, count = 2 * pcre2_get_ovector_count_16(data); index < count; ++index)
-        if (vector[index] != PCRE2_UNSET && vector[index] > subject.length) [[unlikely]]
-            vector[index] = subject.length;
+    if (subject.endsInHalf) [[unlikely]]
+        for (std::uint32_t index = 0, count = 2 * pcre2_get_ovector_count_16(data); index < count; ++index)
+            if (vector[index] != PCRE2_UNSET && vector[index] > subject.length)
+                vector[index] = subject.length;
     return vector[1];
 }
+
+/// Finds out, with two marks and no memory, that a sequence has begun to repeat itself.
+class RepetitionDetector {
+public:
+    bool hasSeen(NSRange hit) {
+        if (hit == _last || hit == _mark)
+            return true;
+        _last = hit;
+        if (++_stepsSinceMark == _stepsToNextMark) {
+            _mark = hit;
+            _stepsSinceMark = 0;
+            _stepsToNextMark *= 2;
+        }
+        return false;
+    }
+
+private:
+    NSRange _last = NSNotFoundRange;
+    NSRange _mark = NSNotFoundRange;
+    NSUInteger _stepsSinceMark = 0;
+    NSUInteger _stepsToNextMark = 1;
+};
 
 } // namespace
 
@@ -117,7 +174,7 @@ QVMatchingOutcome QVRegularExpression::enumerateMatchesInCharacters(
     const bool limitsRange = (matchingOptions & QVMatchingRangeLimit) != 0;
     if (limitsRange) {
         QVAssert(range.location <= length, u"Range limit exceeds bounds of string");
-        QVAssert(range.location > length || range.length <= length - range.location,
+        QVAssert(range.location <= length && range.length <= length - range.location,
                  u"Range limit exceeds bounds of string");
     }
     // Also where an assertion handler lets the work go on, nothing is read outside of the buffer.
@@ -136,7 +193,7 @@ QVMatchingOutcome QVRegularExpression::enumerateMatchesInCharacters(
 
     QVMatchingOutcome outcome;
     NSUInteger offset = subject.startOffset;
-    NSRange last = NSNotFoundRange;
+    RepetitionDetector hits;
     bool stop = false;
     while (!stop && offset <= subject.offsetLimit) {
         const int result = matcher.matchAt(offset);
@@ -154,11 +211,10 @@ QVMatchingOutcome QVRegularExpression::enumerateMatchesInCharacters(
             break;
         }
         const NSRange hit = QVPCRE2MatchDataRangeAtIndex(matcher.data, 0, 0);
-        // The next offset can lie before the last hit (see below); a hit that comes back would come back for
-        // ever.
-        if (hit == last)
+        // The next offset can lie before an earlier hit (see below); a hit that comes back would come back
+        // for ever.
+        if (hits.hasSeen(hit))
             break;
-        last = hit;
         if (usingBlock)
             usingBlock(matcher.data, baseOffset, stop);
         if (anchored)
@@ -209,13 +265,16 @@ QVRegularExpression::directMatchInCharacters(const char16_t *characters, NSUInte
     const Subject subject{characters, length, range.location, NSMaxRange(range)};
     pcre2_set_offset_limit_16(context.matchContext(), subject.offsetLimit);
     std::uint32_t options = matchOptions(QVMatchingRangeLimit, _JITEnabled);
-    const pcre2_code_16 *code = anchoredCode();
-    if (code == nullptr) {
-        code = _code;
+    int result = PCRE2_ERROR_JIT_STACKLIMIT;
+    if (const pcre2_code_16 *const compiled = _JITEnabled ? anchoredCode() : nullptr)
+        result = pcre2_jit_match_16(compiled, pcre2Characters(characters), length, range.location, options,
+                                    context.matchData(), context.matchContext());
+    // The plain attempt is always interpreted, so nobody needs to be told when the interpreter takes over.
+    if (result == PCRE2_ERROR_JIT_STACKLIMIT) {
         options |= PCRE2_ANCHORED;
+        result = Matcher{*this, _code, subject, context.matchData(), context.matchContext(), options, false}
+                     .matchAt(range.location);
     }
-    const int result = pcre2_match_16(code, pcre2Characters(characters), length, range.location, options,
-                                      context.matchData(), context.matchContext());
     QVMatchingOutcome outcome;
     if (result >= 0) {
         const NSUInteger end = clampedEnd(context.matchData(), subject);
@@ -236,7 +295,7 @@ void QVRegularExpression::enumerateMatchesInString(const NSString &string, QVMat
     // matcher steps over a whole pair. A string's own storage has one unit behind its end, but none before
     // it.
     std::u16string guarded;
-    if (!view.empty() && (view.front() & 0xFC00) == 0xDC00) {
+    if (!view.empty() && isLowSurrogate(view.front())) {
         guarded.reserve(view.size() + 1);
         guarded.push_back(u'\0');
         guarded += view;

@@ -116,8 +116,10 @@ const pcre2_code_16 *QVRegularExpression::anchoredCode() const {
     std::call_once(_anchoredOnce, [this] {
         int errorCode = 0;
         _anchoredCode = compileCode(PCRE2_ANCHORED, errorCode);
-        if (_anchoredCode != nullptr && _JITEnabled)
-            pcre2_jit_compile_16(_anchoredCode, PCRE2_JIT_COMPLETE);
+        if (_anchoredCode != nullptr && pcre2_jit_compile_16(_anchoredCode, PCRE2_JIT_COMPLETE) != 0) {
+            pcre2_code_free_16(_anchoredCode);
+            _anchoredCode = nullptr;
+        }
     });
     return _anchoredCode;
 }
@@ -136,11 +138,12 @@ void QVRegularExpression::readFirstUnits() {
         pcre2_pattern_info_16(_code, PCRE2_INFO_FIRSTCODEUNIT, &unit);
         allow(unit);
         // The library does not say whether the unit stands for both cases; allowing both rules out less,
-        // never wrongly. Characters beyond ASCII have partners that only tables know, so they allow
-        // everything beyond too.
+        // never wrongly. Only two ASCII letters have partners beyond ASCII; what else there is beyond has
+        // partners that only tables know.
         if ((unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z')) {
             allow(unit ^ 0x20);
-            allow(255);
+            if ((unit | 0x20) == 'k' || (unit | 0x20) == 's')
+                allow(255);
         } else if (unit >= 128) {
             for (std::uint32_t other = 128; other <= 255; ++other)
                 allow(other);

@@ -131,7 +131,8 @@ public:
                                                QVRegularExpressionMatchContext &context,
                                                bool interpreted) const;
     /// The one attempt that `QVMatchingAnchored` and `QVMatchingRangeLimit` would make, through a second code
-    /// that is compiled anchored so that the compiled form can run it.
+    /// that is compiled anchored so that the compiled form can run it. Over half a character the two forms
+    /// may take different steps.
     QVMatchingOutcome directMatchInCharacters(const char16_t *characters, NSUInteger length, NSRange range,
                                               QVRegularExpressionMatchContext &context) const;
 
@@ -140,8 +141,20 @@ public:
     const std::array<std::uint64_t, 4> *firstUnits() const { return _hasFirstUnits ? &_firstUnits : nullptr; }
     /// Whether a hit found ahead stays the first hit until the position passes its start. Not so where the
     /// pattern asks for the place that the search began at, moves its match's start, or steers the
-    /// backtracking.
+    /// backtracking; nor by a later search that begins where `isSearchBoundary` says no.
     bool canBeRemembered() const { return _canBeRemembered; }
+
+    /// Whether a search that begins here tries what any search from further before would try too. Not so
+    /// within a surrogate pair, at or behind half a character, and between CR and LF, which only a search
+    /// that begins there looks at by themselves. The units around the location must be readable.
+    static bool isSearchBoundary(const char16_t *characters, NSUInteger location) {
+        if (location == 0)
+            return true;
+        const char16_t before = characters[location - 1];
+        const char16_t behind = characters[location];
+        return (before & 0xFC00) != 0xD800 && (behind & 0xFC00) != 0xDC00 &&
+               (before != u'\r' || behind != u'\n');
+    }
 
     // Replacing
 
@@ -173,6 +186,7 @@ private:
     QVRegularExpression() = default;
     bool compile(std::shared_ptr<NSError> *error);
     ::pcre2_real_code_16 *compileCode(std::uint32_t additionalOptions, int &errorCode) const;
+    /// Null where it can't be compiled to machine code.
     const ::pcre2_real_code_16 *anchoredCode() const;
     void readFirstUnits();
 
