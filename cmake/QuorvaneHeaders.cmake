@@ -1,6 +1,6 @@
 # Which headers hosts get. A header is public unless its folder says quorvane_private_headers(NAME.h ...), so
 # that none can be forgotten; the tests of the edges refuse a public header that leans on a private one or on
-# a library that hosts need not have.
+# a library that hosts need not have. What stands under Host is no part of the shared library.
 function(quorvane_private_headers)
     foreach(header IN LISTS ARGN)
         cmake_path(ABSOLUTE_PATH header BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} NORMALIZE)
@@ -15,8 +15,7 @@ endfunction()
 function(quorvane_public_headers variable)
     file(GLOB_RECURSE headers CONFIGURE_DEPENDS
         ${PROJECT_SOURCE_DIR}/Sources/Platform/*.h
-        ${PROJECT_SOURCE_DIR}/Sources/Quorvane/*.h
-        ${PROJECT_SOURCE_DIR}/Sources/Host/*.h)
+        ${PROJECT_SOURCE_DIR}/Sources/Quorvane/*.h)
     get_property(private GLOBAL PROPERTY QUORVANE_PRIVATE_HEADERS)
     if(private)
         list(REMOVE_ITEM headers ${private})
