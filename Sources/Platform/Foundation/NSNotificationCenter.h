@@ -14,11 +14,11 @@ struct NSNotification {
     /// The sender; only ever compared, never followed. For messages of a class its `codingClass` or another
     /// address that stands for it.
     const void *object = nullptr;
-    std::map<NSString, std::any> userInfo;
+    std::map<NSString, std::any> userInfo = {};
 };
 
 /// Holds an observer for as long as it lives; destroying it ends the observing and waits for a call that is
-/// running on another thread. Movable, not copyable.
+/// running on another thread, but not for the calls that it is itself made from. Movable, not copyable.
 class QV_EXPORT NSNotificationToken {
 public:
     struct State;
@@ -34,7 +34,9 @@ private:
 };
 
 /// Tells observers of messages at once, on the thread that posts. Any thread may post, add and remove; an
-/// observer may do so while it is told.
+/// observer may do so while it is told: one that is removed before its turn is not told, one that is added is
+/// not told of the running message. An exception of an observer reaches who posts; those after it are not
+/// told.
 class QV_EXPORT NSNotificationCenter {
 public:
     static NSNotificationCenter &defaultCenter();
@@ -48,8 +50,9 @@ public:
     [[nodiscard]] NSNotificationToken addObserver(NSString name, const void *object, Observer observer);
     void postNotification(const NSNotification &notification);
 
-private:
     struct Storage;
+
+private:
     std::shared_ptr<Storage> _storage;
 };
 
