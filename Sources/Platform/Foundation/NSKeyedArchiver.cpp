@@ -2,20 +2,17 @@
 
 #include "Platform/Foundation/NSAssertionHandler.h"
 #include "Platform/Foundation/NSError.h"
+#include "Platform/Foundation/QVPropertyListWriter.h"
 
 #include <deque>
-#include <plist/plist.h>
 #include <unordered_map>
 
 namespace quorvane {
 
 namespace {
 
-struct PropertyListDeleter {
-    void operator()(void *list) const { plist_free(list); }
-};
-
-/// Whether the library, which keeps texts as UTF-8 that ends with a zero, gives this one back as it is.
+/// Whether the library that reads property lists, which keeps texts as UTF-8 that ends with a zero, gives
+/// this one back as it is.
 bool survivesAsUTF8(std::u16string_view text) {
     for (std::size_t index = 0; index < text.size(); ++index) {
         const char16_t unit = text[index];
@@ -32,22 +29,20 @@ bool survivesAsUTF8(std::u16string_view text) {
 
 class KeyedArchiver final : public NSCoder {
 public:
-    KeyedArchiver() {
-        _objects.reset(plist_new_array());
-        add(plist_new_string("$null"));
-    }
+    KeyedArchiver() { add(_writer.addString(u"$null")); }
 
     std::uint64_t indexOfObject(const std::shared_ptr<const NSSecureCoding> &object) {
         if (!object)
             return 0;
         // The most derived object's address is its identity, whatever base it was handed in by.
-        const auto [entry, isNew] = _indexes.try_emplace(dynamic_cast<const void *>(object.get()), _count);
+        const auto [entry, isNew] =
+            _indexes.try_emplace(dynamic_cast<const void *>(object.get()), _objects.size());
         if (isNew) {
-            plist_t fields = plist_new_dict();
-            add(fields);
+            // Its place in the list; what stands there is known when it has written its fields.
+            add(0);
             // Objects are asked for their fields one after the other, not from within each other, so that a
             // long chain takes no stack; the queue also keeps each alive, so that no address is used twice.
-            _pending.push_back({object, fields});
+            _pending.push_back({object, entry->second});
         }
         return entry->second;
     }
@@ -66,44 +61,35 @@ public:
         for (std::size_t index = 0; index < _pending.size(); ++index) {
             // Stays in its place while the queue grows behind it.
             const PendingObject &next = _pending[index];
-            _current = next.fields;
-            const std::uint64_t classIndex = indexOfClass(next.object->classForCoder());
-            plist_dict_set_item(_current, "$class", plist_new_uid(classIndex));
+            _fields.clear();
+            setField(u"$class", _writer.addUID(indexOfClass(next.object->classForCoder())));
             next.object->encodeWithCoder(*this);
+            _objects[next.index] = _writer.addDictionary(_fields);
         }
         if (_error)
             return {};
 
-        const std::unique_ptr<void, PropertyListDeleter> archive(plist_new_dict());
-        plist_dict_set_item(archive.get(), "$version", plist_new_uint(100000));
-        plist_dict_set_item(archive.get(), "$archiver", plist_new_string("NSKeyedArchiver"));
-        plist_t top = plist_new_dict();
-        plist_dict_set_item(top, "root", plist_new_uid(root));
-        plist_dict_set_item(archive.get(), "$top", top);
-        plist_dict_set_item(archive.get(), "$objects", _objects.release());
-        char *bytes = nullptr;
-        std::uint32_t length = 0;
-        plist_to_bin(archive.get(), &bytes, &length);
-        if (bytes == nullptr)
-            return {};
-        NSData data(std::vector<std::uint8_t>(bytes, bytes + length));
-        plist_to_bin_free(bytes);
-        return data;
+        const Entry top{_writer.addString(u"root"), _writer.addUID(root)};
+        const Entry archive[] = {
+            {_writer.addString(u"$version"), _writer.addInteger(100000)},
+            {_writer.addString(u"$archiver"), _writer.addString(u"NSKeyedArchiver")},
+            {_writer.addString(u"$top"), _writer.addDictionary(std::span(&top, 1))},
+            {_writer.addString(u"$objects"), _writer.addArray(_objects)},
+        };
+        return _writer.dataWithTop(_writer.addDictionary(archive));
     }
 
-    void encodeBool(bool value, const NSString &key) override { set(key, plist_new_bool(value)); }
-    void encodeInteger(NSInteger value, const NSString &key) override {
-        set(key, plist_new_uint(static_cast<std::uint64_t>(value)));
-    }
-    void encodeFloat(float value, const NSString &key) override { set(key, plist_new_real(value)); }
-    void encodeDouble(double value, const NSString &key) override { set(key, plist_new_real(value)); }
+    void encodeBool(bool value, const NSString &key) override { set(key, _writer.addBool(value)); }
+    void encodeInteger(NSInteger value, const NSString &key) override { set(key, _writer.addInteger(value)); }
+    void encodeFloat(float value, const NSString &key) override { set(key, _writer.addReal(value)); }
+    void encodeDouble(double value, const NSString &key) override { set(key, _writer.addReal(value)); }
     void encodeString(const NSString &value, const NSString &key) override {
         if (value)
             setIndex(key, indexOfString(value));
     }
     void encodeData(const NSData &value, const NSString &key) override {
         if (value)
-            setIndex(key, add(plist_new_data(value.view().data(), value.length())));
+            setIndex(key, add(_writer.addData(value)));
     }
     void encodeObject(const std::shared_ptr<const NSSecureCoding> &value, const NSString &key) override {
         if (value)
@@ -138,23 +124,20 @@ public:
             return;
         std::vector<std::uint64_t> indexes;
         for (const double value : *values)
-            indexes.push_back(add(plist_new_real(value)));
+            indexes.push_back(add(_writer.addReal(value)));
         setIndex(key, indexOfCollection(u"NSArray", indexes));
     }
     void encodeRange(const std::optional<NSRange> &value, const NSString &key) override {
         if (!value)
             return;
-        plist_t boxed = plist_new_dict();
-        const std::uint64_t index = add(boxed);
-        const auto setNumber = [&](const char *name, NSUInteger number) {
-            plist_dict_set_item(boxed, name, plist_new_uid(indexOfInteger(static_cast<NSInteger>(number))));
+        const Entry boxed[] = {
+            {_writer.addString(u"NS.rangeval.location"), uidOfInteger(value->location)},
+            {_writer.addString(u"NS.rangeval.length"), uidOfInteger(value->length)},
+            // Which of the boxed structures it is.
+            {_writer.addString(u"NS.special"), _writer.addInteger(4)},
+            classEntry(u"NSValue"),
         };
-        setNumber("NS.rangeval.location", value->location);
-        setNumber("NS.rangeval.length", value->length);
-        // Which of the boxed structures it is.
-        plist_dict_set_item(boxed, "NS.special", plist_new_uint(4));
-        plist_dict_set_item(boxed, "$class", plist_new_uid(indexOfClass(u"NSValue", {})));
-        setIndex(key, index);
+        setIndex(key, add(_writer.addDictionary(boxed)));
     }
     void encodeValueDictionary(const std::optional<std::map<NSString, NSCodingValue>> &values,
                                const NSString &key) override {
@@ -189,22 +172,37 @@ public:
     std::shared_ptr<NSError> error() const override { return _error; }
 
 private:
+    using Entry = QVPropertyListWriter::Entry;
+    using Value = QVPropertyListWriter::Value;
+
     struct PendingObject {
         std::shared_ptr<const NSSecureCoding> object;
-        plist_t fields;
+        std::uint64_t index;
     };
 
-    std::uint64_t add(plist_t value) {
-        plist_array_append_item(_objects.get(), value);
-        return _count++;
+    std::uint64_t add(Value value) {
+        _objects.push_back(value);
+        return _objects.size() - 1;
     }
 
-    /// Keys with a dollar sign belong to the archive itself; objects' own get a second one.
-    void set(const NSString &key, plist_t value) {
-        const std::string name = key.hasPrefix(u"$") ? "$" + key.UTF8String() : key.UTF8String();
-        plist_dict_set_item(_current, name.c_str(), value);
+    void setField(const NSString &name, Value value) {
+        const Value key = _writer.addString(name);
+        for (Entry &field : _fields)
+            if (field.key == key) {
+                field.value = value;
+                return;
+            }
+        _fields.push_back({key, value});
     }
-    void setIndex(const NSString &key, std::uint64_t index) { set(key, plist_new_uid(index)); }
+    /// Keys with a dollar sign belong to the archive itself; objects' own get a second one.
+    void set(const NSString &key, Value value) {
+        setField(key.hasPrefix(u"$") ? NSString(u"$").stringByAppendingString(key) : key, value);
+    }
+    void setIndex(const NSString &key, std::uint64_t index) { set(key, _writer.addUID(index)); }
+
+    Entry classEntry(std::u16string_view className) {
+        return {_writer.addString(u"$class"), _writer.addUID(indexOfClass(className, {}))};
+    }
 
     std::uint64_t indexOfClass(const NSCodingClass &codingClass) {
         std::vector<std::u16string_view> superclasses;
@@ -218,39 +216,33 @@ private:
         const auto known = _classes.find(NSString(name));
         if (known != _classes.end())
             return known->second;
-        plist_t classes = plist_new_array();
-        const auto append = [classes](std::u16string_view className) {
-            plist_array_append_item(classes, plist_new_string(NSString(className).UTF8String().c_str()));
-        };
-        append(name);
+        std::vector<Value> names{_writer.addString(NSString(name))};
         for (const auto superclass : superclasses)
-            append(superclass);
-        append(u"NSObject");
-        plist_t description = plist_new_dict();
-        plist_dict_set_item(description, "$classname", plist_new_string(NSString(name).UTF8String().c_str()));
-        plist_dict_set_item(description, "$classes", classes);
-        return _classes[NSString(name)] = add(description);
+            names.push_back(_writer.addString(NSString(superclass)));
+        names.push_back(_writer.addString(u"NSObject"));
+        const Entry description[] = {
+            {_writer.addString(u"$classname"), names.front()},
+            {_writer.addString(u"$classes"), _writer.addArray(names)},
+        };
+        return _classes[NSString(name)] = add(_writer.addDictionary(description));
     }
 
     std::uint64_t indexOfString(const NSString &string) {
-        const auto [entry, isNew] = _strings.try_emplace(string, _count);
-        if (!isNew)
-            return entry->second;
-        const std::uint64_t index = entry->second;
-        if (survivesAsUTF8(string)) {
-            add(plist_new_string(string.UTF8String().c_str()));
-            return index;
-        }
-        std::string units;
+        const auto known = _strings.find(string);
+        if (known != _strings.end())
+            return known->second;
+        if (survivesAsUTF8(string))
+            return _strings[string] = add(_writer.addString(string));
+        std::vector<std::uint8_t> units;
         for (const char16_t unit : string.view()) {
-            units += static_cast<char>(unit >> 8);
-            units += static_cast<char>(unit & 0xFF);
+            units.push_back(static_cast<std::uint8_t>(unit >> 8));
+            units.push_back(static_cast<std::uint8_t>(unit & 0xFF));
         }
-        plist_t boxed = plist_new_dict();
-        add(boxed);
-        plist_dict_set_item(boxed, "NS.utf16", plist_new_data(units.data(), units.size()));
-        plist_dict_set_item(boxed, "$class", plist_new_uid(indexOfClass(u"NSString", {})));
-        return index;
+        const Entry boxed[] = {
+            {_writer.addString(u"NS.utf16"), _writer.addData(std::move(units))},
+            classEntry(u"NSString"),
+        };
+        return _strings[string] = add(_writer.addDictionary(boxed));
     }
 
     std::vector<std::uint64_t> indexesOfStrings(const auto &strings) {
@@ -264,44 +256,46 @@ private:
     }
 
     std::uint64_t indexOfInteger(NSInteger value) {
-        const auto [entry, isNew] = _integers.try_emplace(value, _count);
+        const auto [entry, isNew] = _integers.try_emplace(value, _objects.size());
         if (isNew)
-            add(plist_new_uint(static_cast<std::uint64_t>(value)));
+            add(_writer.addInteger(value));
         return entry->second;
+    }
+    Value uidOfInteger(NSUInteger value) {
+        return _writer.addUID(indexOfInteger(static_cast<NSInteger>(value)));
     }
 
     std::uint64_t indexOfNull() {
         if (_nullIndex == 0) {
-            plist_t null = plist_new_dict();
-            _nullIndex = add(null);
-            plist_dict_set_item(null, "$class", plist_new_uid(indexOfClass(u"NSNull", {})));
+            const Entry null = classEntry(u"NSNull");
+            _nullIndex = add(_writer.addDictionary(std::span(&null, 1)));
         }
         return _nullIndex;
     }
 
     std::uint64_t indexOfValue(std::nullptr_t) { return indexOfNull(); }
-    std::uint64_t indexOfValue(bool value) { return add(plist_new_bool(value)); }
+    std::uint64_t indexOfValue(bool value) { return add(_writer.addBool(value)); }
     std::uint64_t indexOfValue(NSInteger value) { return indexOfInteger(value); }
-    std::uint64_t indexOfValue(double value) { return add(plist_new_real(value)); }
+    std::uint64_t indexOfValue(double value) { return add(_writer.addReal(value)); }
     std::uint64_t indexOfValue(const NSString &value) { return value ? indexOfString(value) : indexOfNull(); }
     std::uint64_t indexOfValue(const std::shared_ptr<NSSecureCoding> &value) {
         return value ? indexOfObject(value) : indexOfNull();
     }
 
-    static plist_t arrayOfIndexes(const std::vector<std::uint64_t> &indexes) {
-        plist_t array = plist_new_array();
+    Value arrayOfIndexes(const std::vector<std::uint64_t> &indexes) {
+        std::vector<Value> uids;
         for (const std::uint64_t index : indexes)
-            plist_array_append_item(array, plist_new_uid(index));
-        return array;
+            uids.push_back(_writer.addUID(index));
+        return _writer.addArray(uids);
     }
 
     std::uint64_t indexOfCollection(std::u16string_view className,
                                     const std::vector<std::uint64_t> &objects) {
-        plist_t collection = plist_new_dict();
-        const std::uint64_t index = add(collection);
-        plist_dict_set_item(collection, "NS.objects", arrayOfIndexes(objects));
-        plist_dict_set_item(collection, "$class", plist_new_uid(indexOfClass(className, {})));
-        return index;
+        const Entry collection[] = {
+            {_writer.addString(u"NS.objects"), arrayOfIndexes(objects)},
+            classEntry(className),
+        };
+        return add(_writer.addDictionary(collection));
     }
 
     template <typename Dictionary>
@@ -322,17 +316,19 @@ private:
             keys.push_back(indexOfString(name));
             objects.push_back(indexOf(value));
         }
-        plist_t dictionary = plist_new_dict();
-        const std::uint64_t index = add(dictionary);
-        plist_dict_set_item(dictionary, "NS.keys", arrayOfIndexes(keys));
-        plist_dict_set_item(dictionary, "NS.objects", arrayOfIndexes(objects));
-        plist_dict_set_item(dictionary, "$class", plist_new_uid(indexOfClass(u"NSDictionary", {})));
-        setIndex(key, index);
+        const Entry dictionary[] = {
+            {_writer.addString(u"NS.keys"), arrayOfIndexes(keys)},
+            {_writer.addString(u"NS.objects"), arrayOfIndexes(objects)},
+            classEntry(u"NSDictionary"),
+        };
+        setIndex(key, add(_writer.addDictionary(dictionary)));
     }
 
-    std::unique_ptr<void, PropertyListDeleter> _objects;
-    std::uint64_t _count = 0;
-    plist_t _current = nullptr;
+    QVPropertyListWriter _writer;
+    /// The archive's list of objects.
+    std::vector<Value> _objects;
+    /// What the object that is being written has written so far.
+    std::vector<Entry> _fields;
     std::deque<PendingObject> _pending;
     std::unordered_map<const void *, std::uint64_t> _indexes;
     std::unordered_map<NSString, std::uint64_t> _strings;

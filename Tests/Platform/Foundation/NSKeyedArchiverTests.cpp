@@ -483,7 +483,7 @@ TEST(NSKeyedArchiver, ObjectsNestAsDeepAsTheLimitAndNoDeeper) {
 TEST(NSKeyedArchiver, WritingALongChainTakesNoStack) {
     // Written only: it is far beyond what a reader accepts.
     std::vector<std::shared_ptr<Node>> nodes{Node::make(u"end")};
-    for (int count = 0; count < 10000; ++count) {
+    for (int count = 0; count < 200000; ++count) {
         nodes.push_back(Node::make(u""));
         nodes.back()->back = nodes[nodes.size() - 2];
     }
