@@ -61,6 +61,15 @@ public:
         return node;
     }
 
+    /// Where every node made from now on is noted, null for nowhere: a hostile archive may make nodes own
+    /// each other in a circle.
+    inline static std::vector<std::weak_ptr<Node>> *notedNodes = nullptr;
+    static std::shared_ptr<Node> noted(std::shared_ptr<Node> node) {
+        if (notedNodes)
+            notedNodes->push_back(node);
+        return node;
+    }
+
     /// "name(child child)", for trees without cycles.
     std::u16string drawing() const {
         std::u16string text(name.view());
@@ -98,7 +107,7 @@ public:
     static const NSCodingClass &codingClass() {
         static const NSCodingClass description{
             u"SpecialNode", &Node::codingClass(),
-            []() -> std::shared_ptr<NSSecureCoding> { return std::make_shared<SpecialNode>(); }};
+            []() -> std::shared_ptr<NSSecureCoding> { return noted(std::make_shared<SpecialNode>()); }};
         return description;
     }
     const NSCodingClass &classForCoder() const override { return codingClass(); }
@@ -115,7 +124,7 @@ public:
 
 inline const NSCodingClass &Node::codingClass() {
     static constexpr NSCodingClass description{
-        u"Node", nullptr, []() -> std::shared_ptr<NSSecureCoding> { return std::make_shared<Node>(); },
+        u"Node", nullptr, []() -> std::shared_ptr<NSSecureCoding> { return noted(std::make_shared<Node>()); },
         []() -> std::span<const NSCodingClass *const> {
             static const NSCodingClass *const subclasses[] = {&SpecialNode::codingClass()};
             return subclasses;
