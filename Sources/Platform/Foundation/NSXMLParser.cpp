@@ -40,6 +40,32 @@ struct ContextDeleter {
     }
 };
 
+void ignoreMessage(void *, const char *, ...) {}
+
+/// Keeps the library quiet on this thread while it lives. What it finds while it converts encodings it does
+/// not tell the parser's own handlers, but prints.
+class Silence {
+public:
+    Silence()
+        : _generic(xmlGenericError), _genericContext(xmlGenericErrorContext), _structured(xmlStructuredError),
+          _structuredContext(xmlStructuredErrorContext) {
+        xmlSetGenericErrorFunc(nullptr, ignoreMessage);
+        xmlSetStructuredErrorFunc(nullptr, nullptr);
+    }
+    ~Silence() {
+        xmlSetGenericErrorFunc(_genericContext, _generic);
+        xmlSetStructuredErrorFunc(_structuredContext, _structured);
+    }
+    Silence(const Silence &) = delete;
+    Silence &operator=(const Silence &) = delete;
+
+private:
+    xmlGenericErrorFunc _generic;
+    void *_genericContext;
+    xmlStructuredErrorFunc _structured;
+    void *_structuredContext;
+};
+
 } // namespace
 
 /// One run of the parser. The library's callbacks are plain functions and no exception may pass through it:
@@ -215,8 +241,6 @@ struct NSXMLParser::Events {
         });
     }
 
-    static void warningOccurred(void *, const char *, ...) {}
-
     static xmlSAXHandler handler() {
         xmlSAXHandler handler{};
         // Without the mark of version 2 names come whole, with their prefixes. Then errors come as texts, and
@@ -235,7 +259,7 @@ struct NSXMLParser::Events {
         handler.unparsedEntityDecl = unparsedEntityDecl;
         handler.getEntity = getEntity;
         handler.reference = reference;
-        handler.warning = warningOccurred;
+        handler.warning = ignoreMessage;
         handler.error = errorOccurred;
         handler.fatalError = errorOccurred;
         return handler;
@@ -244,6 +268,7 @@ struct NSXMLParser::Events {
     std::shared_ptr<NSError> run(const NSData &data) {
         static const bool isReady = (xmlInitParser(), true);
         static_cast<void>(isReady);
+        const Silence silence;
         if (data.length() > limits::xmlDocumentBytes)
             return parserErrorWithCode(DocumentTooLargeError,
                                        NSString::stringWithFormat(u"The document is larger than %lu bytes.",

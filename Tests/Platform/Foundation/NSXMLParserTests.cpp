@@ -210,6 +210,8 @@ TEST(NSXMLParser, NothingIsPrinted) {
     codeOf("<a><b></a>&x;");
     codeOf("<?xml version='1.0' encoding='nonsense'?><a/>");
     codeOf("<!DOCTYPE a [<!ENTITY % p SYSTEM 'file:///nowhere'> %p; <!ENTITY e 'v'>]><a>&e;</a>");
+    // Bytes that the encoding does not have, which the library reports beside the parser.
+    codeOf("<?xml version='1.0' encoding='EUC-JP'?><a>x\xFF\xFF</a>");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
