@@ -108,7 +108,7 @@ bool QVRegularExpression::compile(std::shared_ptr<NSError> *error) {
     if ((_options & QVRegularExpressionUseJIT) && pcre2JITAvailable())
         _JITEnabled = pcre2_jit_compile_16(_code, PCRE2_JIT_COMPLETE) == 0;
     _canBeRemembered = !dependsOnTheSearchsStart(_pattern.view());
-    readFirstUnits();
+    readStartingConditions();
     return true;
 }
 
@@ -124,9 +124,13 @@ const pcre2_code_16 *QVRegularExpression::anchoredCode() const {
     return _anchoredCode;
 }
 
-void QVRegularExpression::readFirstUnits() {
+void QVRegularExpression::readStartingConditions() {
     if (!_canBeRemembered)
         return;
+    // In characters, of which each takes a unit at least.
+    std::uint32_t minimumLength = 0;
+    pcre2_pattern_info_16(_code, PCRE2_INFO_MINLENGTH, &minimumLength);
+    _minimumLength = minimumLength;
     const auto allow = [this](std::uint32_t unit) {
         const std::uint32_t bit = std::min<std::uint32_t>(unit, 255);
         _firstUnits[bit >> 6] |= std::uint64_t(1) << (bit & 63);

@@ -139,6 +139,13 @@ public:
     /// The units that a match can start with, one bit for each unit below 255 and the last bit for all
     /// others. Null where nothing is known, as for patterns that can match the empty text.
     const std::array<std::uint64_t, 4> *firstUnits() const { return _hasFirstUnits ? &_firstUnits : nullptr; }
+    /// Whether a match can start with this unit.
+    bool canStartWithUnit(char16_t unit) const {
+        const unsigned bit = unit < 255 ? unit : 255;
+        return !_hasFirstUnits || ((_firstUnits[bit >> 6] >> (bit & 63)) & 1) != 0;
+    }
+    /// No match is shorter than this, in units.
+    NSUInteger minimumLength() const { return _minimumLength; }
     /// Whether a hit found ahead stays the first hit until the position passes its start. Not so where the
     /// pattern asks for the place that the search began at, moves its match's start, or steers the
     /// backtracking; nor by a later search that begins where `isSearchBoundary` says no.
@@ -188,7 +195,7 @@ private:
     ::pcre2_real_code_16 *compileCode(std::uint32_t additionalOptions, int &errorCode) const;
     /// Null where it can't be compiled to machine code.
     const ::pcre2_real_code_16 *anchoredCode() const;
-    void readFirstUnits();
+    void readStartingConditions();
 
     NSString _pattern;
     QVRegularExpressionOptions _options = 0;
@@ -197,6 +204,7 @@ private:
     bool _JITEnabled = false;
     bool _canBeRemembered = false;
     bool _hasFirstUnits = false;
+    NSUInteger _minimumLength = 0;
     std::array<std::uint64_t, 4> _firstUnits{};
 
     mutable std::mutex _namesMutex;

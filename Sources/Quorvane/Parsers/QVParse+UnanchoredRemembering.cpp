@@ -1,0 +1,186 @@
+// Unanchored matching with remembered searches. The plain way lists every hit of every pattern on the rest of a line and
+// throws most of them away, again after each region. Here each pattern shows its next hit only, the first of all is
+// taken, and what stood in its way is passed over; the tree is the same to the last node.
+//
+// Why that is so: in the plain list a place has one candidate, the first in order or else an end; candidates are taken
+// from left to right, and one that begins inside an accepted match is dropped. A pattern's hits follow each other
+// whether they are taken or not, so each pattern is asked for its chain of hits, and only as far as needed.
+
+#include "Quorvane/Parsers/QVParsePass.h"
+#include "Quorvane/Parsers/QVParseText.h"
+#include "Quorvane/RegularExpressions/QVRegularExpressionMatchContext.h"
+#include "Quorvane/Scopes/QVScope.h"
+
+namespace quorvane {
+
+std::shared_ptr<QVRememberedSearch>
+QVParse::rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expression) {
+    auto &search = _pass->searches[expression.get()];
+    if (!search)
+        search = std::make_shared<QVRememberedSearch>(expression);
+    return search;
+}
+
+const QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates) {
+    const bool isRoot = parentScope.type() == QVScopeTypeRoot;
+    // A list is the same object for as long as its grammar lives, and the low bit of its address is free for the one thing
+    // that changes what is tried.
+    const void *const key = reinterpret_cast<const char *>(&scopes) + (isRoot ? 1 : 0);
+    const auto found = _pass->plans.find(key);
+    if (found != _pass->plans.end())
+        return found->second;
+    Plan plan;
+    std::unordered_set<const QVScope *> known;
+    const auto add = [&](const QVScope &scope) {
+        if (scope.regularExpression() && known.insert(&scope).second)
+            plan.entries.push_back({&scope, rememberedSearch(scope.regularExpression())});
+    };
+    for (const std::shared_ptr<QVScope> &scope : scopes) {
+        if (!canBeCandidate(*scope, isRoot, areTemplates))
+            continue;
+        if (scope->type() != QVScopeTypeInclude) {
+            add(*scope);
+            continue;
+        }
+        for (const std::shared_ptr<QVScope> &resolved : resolvedScopesForIncludeScope(scope, parentScope))
+            add(*resolved);
+    }
+    return _pass->plans.emplace(key, std::move(plan)).first->second;
+}
+
+bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope) {
+    while (from <= line.contentsEnd) {
+        const QVMatchingOutcome outcome = stream.search->firstHitFrom(from, line, _text->view(), _pass->generation,
+                                                                      *_regexMatchContext, stream.interpreted);
+        stream.interpreted |= outcome.fellBack;
+        if (outcome.kind != QVMatchingOutcome::Hit) {
+            noteOutcome(*stream.scope, outcome);
+            return false;
+        }
+        // A chain that comes back to its last hit would do so for ever.
+        if (outcome.range == stream.hit)
+            return false;
+        stream.hit = outcome.range;
+        if (stream.isCutoff || acceptsHit(*stream.scope, parentScope, outcome.range, line.start))
+            return true;
+        from = NSMaxRange(outcome.range) + (outcome.range.length == 0 ? 1 : 0);
+    }
+    return false;
+}
+
+QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVParseLine &line) {
+    const QVScope &scope = *stream.scope;
+    const bool needsGroups = stream.isCutoff ? scope.type() == QVScopeTypeStartEnd && !scope.endCaptures().empty()
+                                             : !scope.captures().empty() || !scope.endCaptures().empty() || keepsStartResult(scope);
+    // The groups of a hit that was found ahead are gone: the match data belongs to the last search. Searched for at its own
+    // place, the hit comes out the same.
+    QVPCRE2MatchData *matchData = nullptr;
+    if (needsGroups) {
+        const QVMatchingOutcome outcome = stream.search->expression().directSearchInCharacters(
+            _text->characters(), _text->length(), {stream.hit.location, line.contentsEnd - stream.hit.location},
+            *_regexMatchContext, stream.interpreted);
+        if (outcome.kind == QVMatchingOutcome::Hit && outcome.range == stream.hit)
+            matchData = _regexMatchContext->matchData();
+    }
+    if (stream.isCutoff)
+        return matchForCutoffHit(scope, stream.search->expression(), matchData, stream.hit);
+    return matchForHit(scope, stream.search->sharedExpression(), matchData, stream.hit, false);
+}
+
+QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
+                                            const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart) {
+    const QVScope &scope = *match->scope();
+    const bool isRoot = scope.type() == QVScopeTypeRoot;
+    const std::size_t depth = _pass->parseStackMatches.size();
+    if (_pass->streams.size() <= depth)
+        _pass->streams.resize(depth + 1);
+    // Taken out while it is in use: regions below may make room for more levels.
+    std::vector<Stream> streams = std::move(_pass->streams[depth]);
+    streams.clear();
+    struct GiveBack {
+        std::vector<std::vector<Stream>> &pool;
+        std::vector<Stream> &streams;
+        std::size_t depth;
+        ~GiveBack() { pool[depth] = std::move(streams); }
+    } const giveBack{_pass->streams, streams, depth};
+
+    const auto start = [&](const QVScope &candidate, QVRememberedSearch *search, bool isEnd, bool isCutoff,
+                           NSUInteger from) {
+        Stream stream{&candidate, search, isEnd, isCutoff};
+        if (findCandidate(stream, from, line, scope))
+            streams.push_back(stream);
+    };
+    const NSUInteger cutoffFrom = std::max(line.start, cutoffStart);
+    const auto startCutoff = [&](const QVScope &cutoff, QVScopeMatch *ancestor) {
+        const bool exactlyThere = line.start == cutoffStart && line.contentsEnd == cutoffStart;
+        if (!exactlyThere && line.contentsEnd <= cutoffStart)
+            return;
+        if (const auto expression = regularExpressionForCutoff(cutoff, ancestor))
+            start(cutoff, rememberedSearch(expression).get(), true, true, cutoffFrom);
+    };
+    if (!isRoot)
+        startCutoff(scope, match);
+    if (!scope.isAtomic())
+        forEachCutoff(startCutoff);
+    const auto startPlan = [&](const Scopes &list, bool areTemplates) {
+        for (const Plan::Entry &entry : planForScopes(list, scope, areTemplates).entries)
+            start(*entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false, line.start);
+    };
+    if (const Scopes *const templates = templateScopesToTry())
+        startPlan(*templates, true);
+    startPlan(scopes, false);
+
+    // What lies before this place is covered, or was refused.
+    NSUInteger open = line.start;
+    NSUInteger covered = line.start;
+    const auto fillGap = [&](NSUInteger location) {
+        if (location > covered)
+            processUnknownTextRange({covered, location - covered}, intoTree, intoTree.size());
+    };
+    while (true) {
+        const Stream *best = nullptr;
+        for (std::size_t index = 0; index < streams.size();) {
+            Stream &stream = streams[index];
+            bool alive = true;
+            while (alive && stream.hit.location < open)
+                alive = stream.search->canStartAtOrBehind(open, line) &&
+                        findCandidate(stream, NSMaxRange(stream.hit) + (stream.hit.length == 0 ? 1 : 0), line, scope);
+            if (!alive) {
+                streams.erase(streams.begin() + static_cast<std::ptrdiff_t>(index));
+                continue;
+            }
+            if (best == nullptr || stream.hit.location < best->hit.location ||
+                (stream.hit.location == best->hit.location && stream.isEnd && !best->isEnd))
+                best = &stream;
+            ++index;
+        }
+        // The line ending holds its place against everything but the region's end.
+        if (best != nullptr && line.hasNewline() && best->hit.location == line.newline.location && !best->isEnd)
+            best = nullptr;
+        if (isCancelled())
+            return {Step::Cancelled};
+        if (best == nullptr) {
+            fillGap(line.contentsEnd);
+            if (line.hasNewline())
+                intoTree.push_back(newMatch(_newlineScope.get(), line.newline));
+            return {Step::LineFinished};
+        }
+        const NSRange hit = best->hit;
+        fillGap(hit.location);
+        intoTree.push_back(matchForStream(*best, line));
+        if (intoTree.back()->isEnd())
+            return {Step::RegionEnded};
+        open = std::max(hit.location + 1, NSMaxRange(hit));
+        covered = NSMaxRange(hit);
+        if (!intoTree.back()->isStart())
+            continue;
+        const Step step = enterRegion(intoTree, end);
+        if (step.kind == Step::ContinueAt)
+            return step;
+        // Other candidates at the place of a region that came to nothing were refused for its sake.
+        covered = step.location;
+        open = hit.location + 1;
+    }
+}
+
+} // namespace quorvane

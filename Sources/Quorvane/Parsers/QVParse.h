@@ -1,0 +1,267 @@
+#pragma once
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/NSNotificationCenter.h"
+#include "Platform/Foundation/NSObject.h"
+#include "Platform/Foundation/QVBlock.h"
+#include "Quorvane/Matches/QVScopeMatch.h"
+
+#include <atomic>
+#include <unordered_set>
+
+namespace quorvane {
+
+class NSCharacterSet;
+class NSIndexSet;
+class QVCollection;
+class QVGrammar;
+class QVParseDelegate;
+class QVParseScopeTrace;
+class QVParseSymbol;
+class QVParseText;
+class QVRegularExpression;
+class QVRegularExpressionMatchContext;
+class QVRememberedSearch;
+class QVScope;
+class QVSyntax;
+struct QVMatchingOutcome;
+struct QVParseLine;
+struct QVParsePass;
+
+enum QVParseConcurrencyType : std::uint64_t {
+    /// A concurrent queue of its own.
+    QVParsePrivateQueueConcurrencyType = 0,
+    QVParseMainQueueConcurrencyType = 1,
+};
+
+/// The parse of one document: a private copy of its text and the tree of matches, with the discipline of who may look at
+/// them when. Readers run side by side, a writer alone; the document's owner writes edits, queries read on any thread.
+///
+/// Everything but construction, access, cancelling and the settings must be called with access held, inside one of the
+/// callbacks below, and no match may be kept past it.
+class QV_EXPORT QVParse final : public NSObject {
+public:
+    /// Capacity in units, 0 for the usual. A null syntax is a programming error.
+    static std::shared_ptr<QVParse> initWithSyntax(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity,
+                                                   QVParseConcurrencyType concurrencyType);
+    /// Always throws `NSInvalidArgumentException`.
+    [[noreturn]] static std::shared_ptr<QVParse> init();
+    ~QVParse() override;
+
+    // Access. A callback runs at once, on the calling thread, when the caller is inside another callback of this parse,
+    // or on the main thread with the main queue. A null callback is a programming error.
+
+    void performReadingBlock(std::function<void()> block);
+    void performReadingBlockAndWait(QVBlock<void()> block);
+    /// Skips the callback if its turn comes later than `timeout` seconds from now or the parse was cancelled; completion,
+    /// which may be null, gets whether it ran.
+    void performReadingWithTimeout(double timeout, std::function<void()> block, std::function<void(bool)> completion);
+    /// Answers whether the callback ran in time. One that began in time and ran on keeps the caller waiting until it is
+    /// through, and counts as late all the same. A cancelled parse makes the caller wait out the time.
+    bool performReadingWithTimeoutAndWait(double timeout, QVBlock<void()> block);
+    void performWritingBlock(std::function<void()> block);
+    void performWritingBlockAndWait(QVBlock<void()> block);
+    /// The callback always runs to its end; the handler is called on a background thread if that takes longer than
+    /// `timeout` seconds, which must be above 0.
+    void performWritingWithTimeout(double timeout, std::function<void()> block, std::function<void()> expirationHandler);
+    void performWritingWithTimeoutAndWait(double timeout, QVBlock<void()> block, std::function<void()> expirationHandler);
+
+    /// Makes a running parse stop at its next step and throws its tree away behind it. Any thread.
+    void cancelParsing();
+    bool isCancelled() const { return _cancelled.load(std::memory_order_relaxed); }
+    bool isParsing() const { return _parsing.load(std::memory_order_relaxed); }
+
+    // Settings
+
+    QVParseConcurrencyType concurrencyType() const { return _concurrencyType; }
+    const std::shared_ptr<QVSyntax> &syntax() const { return _syntax; }
+    /// Not owned; null where there is none.
+    std::shared_ptr<QVParseDelegate> delegate() const { return _delegate.lock(); }
+    void setDelegate(const std::shared_ptr<QVParseDelegate> &delegate) { _delegate = delegate; }
+    /// In columns.
+    NSUInteger tabWidth() const { return _tabWidth; }
+    void setTabWidth(NSUInteger tabWidth) { _tabWidth = tabWidth; }
+    /// In units; no pattern runs on a longer line. 0 means no limit.
+    NSUInteger maximumLineLength() const { return _maximumLineLength; }
+    void setMaximumLineLength(NSUInteger length) { _maximumLineLength = length; }
+    bool isPerformanceCollectionEnabled() const { return _performanceCollectionEnabled; }
+    void setPerformanceCollectionEnabled(bool enabled) { _performanceCollectionEnabled = enabled; }
+    /// What new parses start with. Any thread.
+    static bool isGlobalPerformanceCollectionEnabled();
+    static void setGlobalPerformanceCollectionEnabled(bool enabled);
+    /// Whether searches are remembered along a line. On by default; off, every search is made afresh, which gives the same
+    /// tree and is kept to compare with.
+    bool remembersSearches() const { return _remembersSearches; }
+    void setRemembersSearches(bool remembers) { _remembersSearches = remembers; }
+
+    // Contents
+
+    /// Good until the next writer.
+    std::u16string_view string() const;
+    QVScopeMatch *rootMatch() const { return _rootMatch.get(); }
+    const std::vector<std::shared_ptr<QVParseSymbol>> &symbols() const { return _symbols; }
+    /// One set of locations for each depth of nesting; empty where the feature is off.
+    const std::optional<std::vector<NSIndexSet>> &bracketLocationsByDepth() const { return _bracketLocationsByDepth; }
+    void setBracketLocationsByDepth(std::optional<std::vector<NSIndexSet>> locations);
+    /// What each scope cost while performance collection was on.
+    std::vector<std::shared_ptr<QVParseScopeTrace>> scopeTraces() const;
+    /// The memory that the tree takes, in bytes, the lists of children not counted.
+    std::size_t treeBytes() const;
+    /// The room of the text's buffer, in units.
+    NSUInteger stringCapacity() const;
+
+    // Parsing
+
+    /// Applies an edit to the text and brings the tree up to date. Answers the range of the new text whose tree was rebuilt,
+    /// or `{NSNotFound, 0}` when cancelled. Write access. The progress block is never called.
+    NSRange replaceCharactersInRange(NSRange range, std::u16string_view withString, QVBlock<void(double)> progressBlock);
+    void clearAllMatches();
+
+    // Location queries, with read access
+
+    /// The match at a location, or the root match. The optional syntax is the one in force there.
+    QVMatch *matchAtLocation(NSUInteger location, bool includeCaptures, std::shared_ptr<QVSyntax> *syntax) const;
+    /// The match before a location, out of the blanks: the region that a new character would belong to.
+    QVMatch *matchPrecedingLocation(NSUInteger location, bool includeCaptures, std::shared_ptr<QVSyntax> *syntax) const;
+    /// The innermost syntax; a location of `NSNotFound` asks for the one around the match.
+    std::shared_ptr<QVSyntax> syntaxForMatch(const QVMatch *match, NSUInteger location) const;
+    /// The syntaxes in force, from the innermost to the document's; a region whose syntax was not found reports null.
+    void enumerateEffectiveSyntaxesForMatch(
+        const QVMatch *match, NSUInteger location,
+        QVBlock<void(const std::shared_ptr<QVSyntax> &syntax, const QVMatch *match, bool &stop)> usingBlock) const;
+    /// The range of the first unit that belongs to the set, `{NSNotFound, 0}` where there is none.
+    NSRange rangeOfUTF16CharacterFromSet(const NSCharacterSet &set, NSRange range) const;
+    /// Binary search down a list of children and theirs; null where nothing stands at the location.
+    static QVScopeMatch *fastMatchAtLocation(NSUInteger location, QVSubmatches withMatches);
+
+    /// For the tests of handing a parse a grammar by hand.
+    const std::shared_ptr<QVScope> &rootScope() const { return _rootScope; }
+
+    std::u16string_view className() const override { return u"QVParse"; }
+
+private:
+    friend struct QVParsePass;
+    QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity, QVParseConcurrencyType concurrencyType);
+    std::shared_ptr<QVParse> self();
+
+    // Access
+    bool isOnQueue() const;
+    void runWriter(double timeout, QVBlock<void()> block, const std::function<void()> &expirationHandler);
+    void packagesWillUnload();
+
+    // Regions and lines
+    struct Plan;
+    void parseRecursivelyStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, NSRange range,
+                                             NSUInteger insertionIndex);
+    const std::vector<std::shared_ptr<QVScope>> &scopeListForMatch(QVScopeMatch *match);
+    NSRange parseRecursivelyIntoStartMatch(QVScopeMatch *startMatch, NSRange parseRange);
+    QVParseLine lineAtLocation(NSUInteger location, NSUInteger end);
+    bool isTooLong(const QVParseLine &line) const {
+        return _maximumLineLength != 0 && line.contentsEnd - line.start > _maximumLineLength;
+    }
+    QVScopeMatchReference newMatch(const QVScope *scope, NSRange range) const;
+
+    // Unanchored matching
+    struct Step;
+    struct Stream;
+    using Scopes = std::vector<std::shared_ptr<QVScope>>;
+    void parseUnanchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
+                                            NSRange range);
+    Step enterRegion(QVScopeMatchArray &intoTree, NSUInteger end);
+    Step matchLinePlainly(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes, const QVParseLine &line,
+                          NSUInteger end, NSUInteger cutoffStart);
+    void matchUnanchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *parentMatch, QVScopeMatchArray &intoArray,
+                                      NSRange parseRange, NSUInteger cutoffStart);
+    void matchUnanchoredAgainstScope(const std::shared_ptr<QVScope> &scope, const QVScope &parentScope,
+                                     QVScopeMatchArray &intoArray, NSRange parseRange,
+                                     std::unordered_set<const QVScope *> &includesAttempted);
+    void matchUnanchoredAgainstResolvedScope(const QVScope &scope, const QVScope &parentScope,
+                                             QVScopeMatchArray &intoArray, NSRange parseRange);
+    static NSUInteger indexForAddingMatchToUnanchoredLineMatches(const QVScopeMatchArray &matches, const QVScope &withScope,
+                                                                 NSRange range, bool isEnd, NSUInteger previousIndex);
+    NSUInteger processUnanchoredLineMatches(QVScopeMatchArray &matches, NSRange withLineRange) const;
+    NSUInteger processUnknownTextRange(NSRange range, QVScopeMatchArray &intoUnanchoredLineMatches, NSUInteger atIndex) const;
+
+    Step matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
+                              const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart);
+    const Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates);
+    bool findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope);
+    QVScopeMatchReference matchForStream(const Stream &stream, const QVParseLine &line);
+    std::shared_ptr<QVRememberedSearch> rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expression);
+
+    // Accepting hits
+    bool acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRange hit, NSUInteger rangeStart);
+    QVScopeMatchReference matchForHit(const QVScope &scope, const std::shared_ptr<const QVRegularExpression> &expression,
+                                      ::pcre2_real_match_data_16 *matchData, NSRange hit, bool anchored);
+    QVScopeMatchReference matchForCutoffHit(const QVScope &scope, const QVRegularExpression &expression,
+                                            ::pcre2_real_match_data_16 *matchData, NSRange hit);
+    void noteOutcome(const QVScope &scope, const QVMatchingOutcome &outcome);
+    static bool keepsStartResult(const QVScope &scope);
+
+    // What is tried
+    static bool canBeCandidate(const QVScope &scope, bool inRoot, bool isTemplate);
+    const Scopes *templateScopesToTry() const;
+    template <typename Body> void forEachCandidateScope(const Scopes &scopes, bool inRoot, Body body);
+    template <typename Body> void forEachCutoff(Body body);
+    template <typename Attempt> void traceAttempt(const QVScope &scope, Attempt attempt);
+
+    // Anchored matching
+    struct AnchoredSequence;
+    void parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
+                                          NSRange range, NSUInteger insertionIndex);
+    QVScopeMatchReference matchAnchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *parentMatch, NSRange parseRange);
+    QVScopeMatchReference matchAnchoredAgainstScope(const std::shared_ptr<QVScope> &scope, const QVScope &parentScope,
+                                                    NSRange parseRange,
+                                                    std::unordered_set<const QVScope *> &includesAttempted);
+    QVScopeMatchReference matchAnchoredAgainstResolvedScope(const QVScope &scope, const QVScope &parentScope,
+                                                            NSRange parseRange);
+    QVScopeMatchReference matchAnchoredStep(QVScopeMatch *match, AnchoredSequence &sequence, NSRange rest);
+    QVScopeMatchReference matchAnchoredAgainstAncestors(NSRange rest);
+    /// Whether this anchored region was tried at this place before and came to nothing; then the try is a miss.
+    bool cameToNothing(const QVScope &scope, NSUInteger location);
+    void noteRegionThatCameToNothing(const QVScope &scope, NSUInteger location);
+    QVMatchingOutcome attemptAnchored(const std::shared_ptr<const QVRegularExpression> &expression, NSRange parseRange);
+
+    // Ends and includes
+    std::shared_ptr<const QVRegularExpression> regularExpressionForCutoff(const QVScope &scope, QVScopeMatch *parentMatch);
+    std::shared_ptr<QVCollection> resolvedCollectionForIncludeScope(const std::shared_ptr<QVScope> &scope);
+    const Scopes &resolvedScopesForIncludeScope(const std::shared_ptr<QVScope> &scope, const QVScope &parentScope);
+    void pinGrammar(const std::shared_ptr<QVGrammar> &grammar);
+
+    // Diagnostics
+    void recordPerformanceOfScope(const QVScope &scope, double timeInterval, bool success);
+    void logDiagnosticMessage(const NSString &message, NSUInteger level);
+
+    // What later layers of the tree's upkeep hook into.
+    void symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatch);
+    void updateBracketDepths();
+
+    const QVParseConcurrencyType _concurrencyType;
+    dispatch_queue_t _updateQueue;
+    std::shared_ptr<QVSyntax> _syntax;
+    std::shared_ptr<QVGrammar> _grammar;
+    std::weak_ptr<QVParseDelegate> _delegate;
+    std::unique_ptr<QVParseText> _text;
+    std::shared_ptr<QVScope> _rootScope;
+    std::shared_ptr<QVScope> _unknownScope;
+    std::shared_ptr<QVScope> _whitespaceScope;
+    std::shared_ptr<QVScope> _newlineScope;
+    std::unique_ptr<QVRegularExpressionMatchContext> _regexMatchContext;
+    /// Declared before the tree, whose nodes live in it.
+    QVMatchPool::Owner _matchPool;
+    QVScopeMatchReference _rootMatch;
+    std::vector<std::shared_ptr<QVParseSymbol>> _symbols;
+    std::optional<std::vector<NSIndexSet>> _bracketLocationsByDepth;
+    /// The stacks and caches of the parser proper.
+    std::unique_ptr<QVParsePass> _pass;
+    std::unordered_map<const QVScope *, std::shared_ptr<QVParseScopeTrace>> _scopesToTraces;
+    NSNotificationToken _unloadToken;
+    std::atomic<bool> _parsing = false;
+    std::atomic<bool> _cancelled = false;
+    bool _performanceCollectionEnabled;
+    bool _remembersSearches = true;
+    NSUInteger _tabWidth = 4;
+    NSUInteger _maximumLineLength = 0;
+};
+
+} // namespace quorvane

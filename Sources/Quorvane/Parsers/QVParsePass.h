@@ -1,0 +1,136 @@
+#pragma once
+
+#include "Quorvane/Parsers/QVParse.h"
+#include "Quorvane/Parsers/QVRememberedSearch.h"
+#include "Quorvane/Scopes/QVScope.h"
+#include "Quorvane/Scopes/QVScopeSubsyntaxOptions.h"
+#include "Quorvane/Syntaxes/QVGrammar.h"
+
+#include <chrono>
+
+namespace quorvane {
+
+/// How one try at a line, or at a region on it, ended.
+struct QVParse::Step {
+    enum Kind : std::uint8_t { LineFinished, RegionEnded, ContinueAt, Cancelled };
+    Kind kind;
+    /// For `ContinueAt`: where the rest is to be matched afresh.
+    NSUInteger location = 0;
+};
+
+/// A pattern that competes on a line, with its next hit. Each pattern's hits form a chain of its own: the next one is
+/// looked for behind the last, whether or not that one made it into the tree.
+struct QVParse::Stream {
+    const QVScope *scope;
+    QVRememberedSearch *search;
+    /// Closes the enclosing region, which beats all else at its place.
+    bool isEnd;
+    /// Stands for a cut-off, whose hits are checked by nothing.
+    bool isCutoff;
+    bool interpreted = false;
+    NSRange hit = NSNotFoundRange;
+};
+
+/// The patterns of a list of scopes, includes expanded, each once, in the order of preference.
+struct QVParse::Plan {
+    struct Entry {
+        const QVScope *scope;
+        std::shared_ptr<QVRememberedSearch> search;
+    };
+    std::vector<Entry> entries;
+};
+
+/// The state of the parser at work, and what it keeps from line to line. Only the writer touches it.
+struct QVParsePass {
+    /// Open regions, outermost first.
+    std::vector<QVScopeMatch *> parseStackMatches;
+    /// Open regions whose scope defines a subsyntax, outermost first.
+    std::vector<QVScopeMatch *> subsyntaxAncestors;
+    /// A template scope is open: template scopes are not tried.
+    bool isInTemplateScope = false;
+
+    // Resolved includes, until packages go.
+    std::unordered_map<std::shared_ptr<QVScope>, std::shared_ptr<QVCollection>> includedCollectionCache;
+    std::unordered_map<std::shared_ptr<QVScope>, std::vector<std::shared_ptr<QVScope>>> includedScopesCache;
+
+    // Remembered searches. The generation numbers the states of the text; 0 is none of them.
+    std::uint64_t generation = 1;
+    std::unordered_map<const QVRegularExpression *, std::shared_ptr<QVRememberedSearch>> searches;
+    std::unordered_map<const void *, QVParse::Plan> plans;
+    /// End patterns made of a template and the text of a region's start; null where they don't compile.
+    std::unordered_map<NSString, std::shared_ptr<const QVRegularExpression>> endPatterns;
+    QVParseLine line;
+    NSUInteger lineRangeEnd = 0;
+    std::uint64_t lineGeneration = 0;
+    /// One list for each level of nesting, reused.
+    std::vector<std::vector<QVParse::Stream>> streams;
+
+    /// Anchored regions that came to nothing at a place: tried there again, they would come to nothing for ever.
+    NSUInteger emptyRegionsLocation = NSNotFound;
+    std::vector<const QVScope *> emptyRegions;
+
+    /// Grammars that the tree has nodes of.
+    std::vector<std::shared_ptr<QVGrammar>> pinnedGrammars;
+    std::unordered_set<const QVScope *> scopesWithLoggedErrors;
+    std::unordered_set<const QVScope *> includesWithLoggedCycles;
+
+    void forgetResolvedScopes() {
+        includedCollectionCache.clear();
+        includedScopesCache.clear();
+        plans.clear();
+        searches.clear();
+        endPatterns.clear();
+    }
+};
+
+/// Cut-offs mean nothing in the root, which nothing ends.
+inline bool QVParse::canBeCandidate(const QVScope &scope, bool inRoot, bool isTemplate) {
+    switch (scope.type()) {
+    case QVScopeTypeStartEnd:
+    case QVScopeTypeMatch:
+    case QVScopeTypeInclude:
+        return true;
+    case QVScopeTypeCutoff:
+        return !inRoot && !isTemplate;
+    default:
+        return false;
+    }
+}
+
+/// The document's template scopes, whatever syntax is in force; null while one of them is open.
+inline const QVParse::Scopes *QVParse::templateScopesToTry() const {
+    return _pass->isInTemplateScope || !_grammar || _grammar->templateScopes().empty() ? nullptr
+                                                                                       : &_grammar->templateScopes();
+}
+
+template <typename Body> void QVParse::forEachCandidateScope(const Scopes &scopes, bool inRoot, Body body) {
+    if (const Scopes *const templates = templateScopesToTry())
+        for (const std::shared_ptr<QVScope> &scope : *templates)
+            if (canBeCandidate(*scope, inRoot, true))
+                body(scope);
+    for (const std::shared_ptr<QVScope> &scope : scopes)
+        if (canBeCandidate(*scope, inRoot, false))
+            body(scope);
+}
+
+/// The cut-offs of all open subsyntaxes, the innermost first.
+template <typename Body> void QVParse::forEachCutoff(Body body) {
+    const auto &ancestors = _pass->subsyntaxAncestors;
+    for (auto ancestor = ancestors.rbegin(); ancestor != ancestors.rend(); ++ancestor)
+        for (const std::shared_ptr<QVScope> &cutoff : (*ancestor)->scope()->subsyntaxOptions()->cutoffScopes())
+            body(*cutoff, *ancestor);
+}
+
+/// Runs an attempt, which answers whether it made a match, and takes its time where traces are asked for.
+template <typename Attempt> void QVParse::traceAttempt(const QVScope &scope, Attempt attempt) {
+    if (!_performanceCollectionEnabled) {
+        attempt();
+        return;
+    }
+    const auto start = std::chrono::steady_clock::now();
+    const bool success = attempt();
+    recordPerformanceOfScope(scope, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(),
+                             success);
+}
+
+} // namespace quorvane
