@@ -1,6 +1,6 @@
 // Regions and lines: how a region is entered and finished, and how the text is cut into lines.
 
-#include "Categories/NSStringLines.h"
+#include "Quorvane/Categories/NSString+QuorvaneAdditions.h"
 #include "Platform/Foundation/QVLimits.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
 #include "Quorvane/Parsers/QVParsePass.h"

@@ -1,6 +1,6 @@
 // The one entry to the parser: applies an edit to the text and brings the tree up to date.
 
-#include "Platform/Foundation/NSIndexSet.h"
+
 #include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseSymbol.h"
 #include "Quorvane/Parsers/QVParseText.h"

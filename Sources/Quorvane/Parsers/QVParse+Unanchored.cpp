@@ -1,6 +1,6 @@
 // Unanchored matching: all subscopes are searched for anywhere on the rest of the line.
 
-#include "Categories/NSCharacterSet+QuorvaneAdditions.h"
+#include "Quorvane/Categories/NSCharacterSet+QuorvaneAdditions.h"
 #include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseText.h"
 #include "Quorvane/Scopes/QVScope.h"

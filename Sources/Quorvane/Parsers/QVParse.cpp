@@ -3,7 +3,6 @@
 #include "Platform/Dispatch/MainQueue.h"
 #include "Platform/Foundation/NSAssertionHandler.h"
 #include "Platform/Foundation/NSException.h"
-#include "Platform/Foundation/NSIndexSet.h"
 #include "Platform/Foundation/NSLog.h"
 #include "Quorvane/Packages/QVLoadable.h"
 #include "Quorvane/Parsers/QVParseDelegate.h"
@@ -42,8 +41,8 @@ std::shared_ptr<QVParse> QVParse::initWithSyntax(std::shared_ptr<QVSyntax> synta
     parse->_unloadToken = NSNotificationCenter::defaultCenter().addObserver(
         QVLoadableWillUnloadPackagesNotification, nullptr,
         [weak = std::weak_ptr(parse)](const NSNotification &) {
-            if (const auto parse = weak.lock())
-                parse->packagesWillUnload();
+            if (const auto observer = weak.lock())
+                observer->packagesWillUnload();
         });
     return parse;
 }
@@ -92,7 +91,8 @@ void QVParse::clearAllMatches() {
     _rootMatch->setSubmatches(nullptr);
     _symbols.clear();
     setBracketLocationsByDepth(std::vector<NSIndexSet>());
-    // Nothing of them is left in the tree. The syntax's own grammar stays: the root scope holds its scopes.
+    // Nothing of other syntaxes' grammars is left in the tree; what comes next resolves them as a first parse would.
+    _pass->forgetResolvedScopes();
     _pass->pinnedGrammars.clear();
 }
 

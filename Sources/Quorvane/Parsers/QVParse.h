@@ -1,18 +1,21 @@
 #pragma once
 
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/NSIndexSet.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Platform/Foundation/NSObject.h"
 #include "Platform/Foundation/QVBlock.h"
 #include "Quorvane/Matches/QVScopeMatch.h"
 
 #include <atomic>
+#include <optional>
 #include <unordered_set>
+
+struct pcre2_real_match_data_16;
 
 namespace quorvane {
 
 class NSCharacterSet;
-class NSIndexSet;
 class QVCollection;
 class QVGrammar;
 class QVParseDelegate;
@@ -156,9 +159,7 @@ private:
     const std::vector<std::shared_ptr<QVScope>> &scopeListForMatch(QVScopeMatch *match);
     NSRange parseRecursivelyIntoStartMatch(QVScopeMatch *startMatch, NSRange parseRange);
     QVParseLine lineAtLocation(NSUInteger location, NSUInteger end);
-    bool isTooLong(const QVParseLine &line) const {
-        return _maximumLineLength != 0 && line.contentsEnd - line.start > _maximumLineLength;
-    }
+    bool isTooLong(const QVParseLine &line) const;
     QVScopeMatchReference newMatch(const QVScope *scope, NSRange range) const;
 
     // Unanchored matching

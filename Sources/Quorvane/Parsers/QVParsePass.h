@@ -83,6 +83,10 @@ struct QVParsePass {
     }
 };
 
+inline bool QVParse::isTooLong(const QVParseLine &line) const {
+    return _maximumLineLength != 0 && line.length() > _maximumLineLength;
+}
+
 /// Cut-offs mean nothing in the root, which nothing ends.
 inline bool QVParse::canBeCandidate(const QVScope &scope, bool inRoot, bool isTemplate) {
     switch (scope.type()) {

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace highlight {
+
+/// What the command line asks for.
+struct Arguments {
+    enum class Format { Ansi, Tree };
+
+    std::string packages;
+    std::vector<std::string> syntaxFiles;
+    std::string syntax;
+    Format format = Format::Ansi;
+    std::uint64_t maximumLineLength = 10000;
+    bool statistics = false;
+    std::uint64_t repeat = 1;
+    bool plain = false;
+    bool help = false;
+    std::vector<std::string> files;
+};
+
+extern const char *const usage;
+
+/// The arguments, or nothing with a message of one line.
+std::optional<Arguments> parseArguments(int count, char **values, std::string &message);
+
+} // namespace highlight

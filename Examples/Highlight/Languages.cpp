@@ -1,0 +1,96 @@
+#include "Languages.h"
+
+#include "Platform/Foundation/NSError.h"
+#include "Platform/Foundation/NSURL.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+
+using namespace quorvane;
+namespace fs = std::filesystem;
+
+namespace highlight {
+
+std::string utf8(const NSString &string) { return string.UTF8String(); }
+
+namespace {
+
+/// Everything that an error says, the cause behind it, on one line.
+std::string textOfError(const NSError &error) {
+    std::string text = utf8(error.localizedDescription());
+    if (const NSString suggestion = error.localizedRecoverySuggestion())
+        text += ": " + utf8(suggestion);
+    if (const auto line = error.integerForKey(u"line"); line && error.localizedDescription().view().find(u'{') == std::u16string_view::npos)
+        text += " {" + std::to_string(*line) + ", " + std::to_string(error.integerForKey(u"column").value_or(0)) + "}";
+    if (const auto underlying = error.underlyingError())
+        text += ": " + textOfError(*underlying);
+    return text;
+}
+
+void loadSyntax(const std::string &file) {
+    std::shared_ptr<NSError> error;
+    const auto syntax =
+        QVSyntax::initWithContentsOfURL(NSURL::fileURLWithPath(NSString::stringWithUTF8String(file)), &error);
+    if (!syntax)
+        throw Failure{file + ": " + (error ? textOfError(*error) : "no syntax with a name in it"), 1};
+    if (error)
+        std::fprintf(stderr, "quorvane-highlight: warning: %s: %s\n", file.c_str(), textOfError(*error).c_str());
+    QVSyntax::setSyntax(syntax, syntax->name());
+}
+
+/// The packages of an installed program, else those of the source tree that it was built from.
+std::string defaultPackages() {
+    std::error_code error;
+    const fs::path program = fs::read_symlink("/proc/self/exe", error);
+    const fs::path installed = program.parent_path() / ".." / "share" / "quorvane" / "Packages";
+    return !error && fs::is_directory(installed, error) ? installed.string() : QUORVANE_SOURCE_PACKAGES;
+}
+
+/// DIR/*/Syntaxes/*.xml, in the order of their names.
+std::vector<std::string> syntaxFilesInPackages(const std::string &folder) {
+    std::error_code error;
+    if (!fs::is_directory(folder, error))
+        throw Failure{folder + ": no such folder of packages", 1};
+    std::vector<std::string> files;
+    for (const auto &package : fs::directory_iterator(folder, error)) {
+        const fs::path syntaxes = package.path() / "Syntaxes";
+        if (!fs::is_directory(syntaxes, error))
+            continue;
+        for (const auto &file : fs::directory_iterator(syntaxes, error))
+            if (file.path().extension() == ".xml")
+                files.push_back(file.path().string());
+    }
+    if (error)
+        throw Failure{folder + ": " + error.message(), 1};
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+} // namespace
+
+void loadLanguages(const Arguments &arguments) {
+    // Who tries a syntax file of their own need not have packages.
+    if (!arguments.packages.empty() || arguments.syntaxFiles.empty())
+        for (const std::string &file :
+             syntaxFilesInPackages(arguments.packages.empty() ? defaultPackages() : arguments.packages))
+            loadSyntax(file);
+    for (const std::string &file : arguments.syntaxFiles)
+        loadSyntax(file);
+}
+
+std::shared_ptr<QVSyntax> syntaxForFile(const Arguments &arguments, const std::string &file, const NSString &text) {
+    if (!arguments.syntax.empty()) {
+        const auto syntax = QVSyntax::syntaxForName(NSString::stringWithUTF8String(arguments.syntax));
+        if (!syntax)
+            throw Failure{"unknown syntax: " + arguments.syntax, 2};
+        return syntax;
+    }
+    const NSString name = file == "-" ? NSString() : NSString::stringWithUTF8String(fs::path(file).filename().string());
+    const auto syntax = QVSyntax::suggestedSyntaxForString(text, name);
+    if (!syntax)
+        throw Failure{file + ": no syntax fits its name or content; name one with --syntax", 2};
+    return syntax;
+}
+
+} // namespace highlight

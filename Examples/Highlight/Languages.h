@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Arguments.h"
+
+#include "Quorvane/Syntaxes/QVSyntax.h"
+
+namespace highlight {
+
+/// Something that the user must know: one line for the standard error stream, and the program's exit code.
+struct Failure {
+    std::string message;
+    /// 1 where a file is at fault, 2 where the command line is.
+    int exitCode;
+};
+
+/// Reads the packages and syntax files that the arguments name and registers their syntaxes. Warnings go to the standard
+/// error stream. Throws `Failure`.
+void loadLanguages(const Arguments &arguments);
+
+/// The syntax that the arguments name, or that the file's name and text tell. Throws `Failure`.
+std::shared_ptr<quorvane::QVSyntax> syntaxForFile(const Arguments &arguments, const std::string &file,
+                                                  const quorvane::NSString &text);
+
+/// Folders, files and text in and out of the engine's strings.
+std::string utf8(const quorvane::NSString &string);
+
+} // namespace highlight
