@@ -4,6 +4,7 @@
 #include "Languages.h"
 #include "Printing.h"
 
+#include "Host/QVMatchTreeText.h"
 #include "Platform/Foundation/NSData.h"
 #include "Platform/Foundation/NSError.h"
 #include "Platform/Foundation/NSURL.h"
@@ -83,7 +84,7 @@ void highlightFile(const Arguments &arguments, const std::string &file, double l
         times.push_back(milliseconds(Clock::now() - start));
     }
     parse->performReadingBlockAndWait([&] {
-        const std::string output = arguments.format == Arguments::Format::Tree ? treeText(*parse) : ansiText(*parse);
+        const std::string output = arguments.format == Arguments::Format::Tree ? QVMatchTreeText(*parse) : ansiText(*parse);
         std::fwrite(output.data(), 1, output.size(), stdout);
         if (arguments.statistics)
             printStatistics(*parse, loadTime, times);
