@@ -50,8 +50,8 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
             value = argument.substr(equals + 1);
         } else if (index + 1 < count) {
             value = values[++index];
-        } else if (name == "--packages" || name == "--syntax-file" || name == "--syntax" || name == "--format" ||
-                   name == "--max-line" || name == "--repeat") {
+        } else if (name == "--packages" || name == "--syntax-file" || name == "--syntax" ||
+                   name == "--format" || name == "--max-line" || name == "--repeat") {
             return fail(std::string(name) + " needs a value");
         }
         const auto number = [&](std::uint64_t &target) {

@@ -21,8 +21,10 @@ std::string textOfError(const NSError &error) {
     std::string text = utf8(error.localizedDescription());
     if (const NSString suggestion = error.localizedRecoverySuggestion())
         text += ": " + utf8(suggestion);
-    if (const auto line = error.integerForKey(u"line"); line && error.localizedDescription().view().find(u'{') == std::u16string_view::npos)
-        text += " {" + std::to_string(*line) + ", " + std::to_string(error.integerForKey(u"column").value_or(0)) + "}";
+    if (const auto line = error.integerForKey(u"line");
+        line && error.localizedDescription().view().find(u'{') == std::u16string_view::npos)
+        text += " {" + std::to_string(*line) + ", " +
+                std::to_string(error.integerForKey(u"column").value_or(0)) + "}";
     if (const auto underlying = error.underlyingError())
         text += ": " + textOfError(*underlying);
     return text;
@@ -35,7 +37,8 @@ void loadSyntax(const std::string &file) {
     if (!syntax)
         throw Failure{file + ": " + (error ? textOfError(*error) : "no syntax with a name in it"), 1};
     if (error)
-        std::fprintf(stderr, "quorvane-highlight: warning: %s: %s\n", file.c_str(), textOfError(*error).c_str());
+        std::fprintf(stderr, "quorvane-highlight: warning: %s: %s\n", file.c_str(),
+                     textOfError(*error).c_str());
     QVSyntax::setSyntax(syntax, syntax->name());
 }
 
@@ -79,14 +82,16 @@ void loadLanguages(const Arguments &arguments) {
         loadSyntax(file);
 }
 
-std::shared_ptr<QVSyntax> syntaxForFile(const Arguments &arguments, const std::string &file, const NSString &text) {
+std::shared_ptr<QVSyntax> syntaxForFile(const Arguments &arguments, const std::string &file,
+                                        const NSString &text) {
     if (!arguments.syntax.empty()) {
         const auto syntax = QVSyntax::syntaxForName(NSString::stringWithUTF8String(arguments.syntax));
         if (!syntax)
             throw Failure{"unknown syntax: " + arguments.syntax, 2};
         return syntax;
     }
-    const NSString name = file == "-" ? NSString() : NSString::stringWithUTF8String(fs::path(file).filename().string());
+    const NSString name =
+        file == "-" ? NSString() : NSString::stringWithUTF8String(fs::path(file).filename().string());
     const auto syntax = QVSyntax::suggestedSyntaxForString(text, name);
     if (!syntax)
         throw Failure{file + ": no syntax fits its name or content; name one with --syntax", 2};

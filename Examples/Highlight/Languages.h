@@ -13,8 +13,8 @@ struct Failure {
     int exitCode;
 };
 
-/// Reads the packages and syntax files that the arguments name and registers their syntaxes. Warnings go to the standard
-/// error stream. Throws `Failure`.
+/// Reads the packages and syntax files that the arguments name and registers their syntaxes. Warnings go to
+/// the standard error stream. Throws `Failure`.
 void loadLanguages(const Arguments &arguments);
 
 /// The syntax that the arguments name, or that the file's name and text tell. Throws `Failure`.

@@ -21,7 +21,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-double milliseconds(Clock::duration duration) { return std::chrono::duration<double, std::milli>(duration).count(); }
+double milliseconds(Clock::duration duration) {
+    return std::chrono::duration<double, std::milli>(duration).count();
+}
 
 std::string readStandardInput() {
     std::string bytes;
@@ -35,7 +37,8 @@ NSString readText(const std::string &file) {
     if (file == "-")
         return NSString::stringWithUTF8String(readStandardInput());
     std::shared_ptr<NSError> error;
-    const NSData data = NSData::dataWithContentsOfURL(NSURL::fileURLWithPath(NSString::stringWithUTF8String(file)), &error);
+    const NSData data =
+        NSData::dataWithContentsOfURL(NSURL::fileURLWithPath(NSString::stringWithUTF8String(file)), &error);
     if (!data)
         throw Failure{error->localizedDescription().UTF8String(), 1};
     return NSString::stringWithUTF8String(data.view());
@@ -52,7 +55,8 @@ std::size_t countNodes(const QVScopeMatch &match) {
 std::size_t countLines(std::u16string_view text) {
     std::size_t count = 0;
     for (std::size_t index = 0; index < text.size(); ++index)
-        count += text[index] == u'\n' || (text[index] == u'\r' && (index + 1 == text.size() || text[index + 1] != u'\n'));
+        count += text[index] == u'\n' ||
+                 (text[index] == u'\r' && (index + 1 == text.size() || text[index + 1] != u'\n'));
     const bool endsInLine = !text.empty() && text.back() != u'\n' && text.back() != u'\r';
     return count + (endsInLine ? 1 : 0);
 }
@@ -63,7 +67,8 @@ void printStatistics(const QVParse &parse, double loadTime, std::vector<double> 
     getrusage(RUSAGE_SELF, &usage);
     const std::size_t units = parse.string().size();
     std::fprintf(stderr, "units: %zu\nlines: %zu\nload-ms: %.3f\nparse-ms: %.3f\nnodes: %zu\n", units,
-                 countLines(parse.string()), loadTime, parseTimes[parseTimes.size() / 2], countNodes(*parse.rootMatch()));
+                 countLines(parse.string()), loadTime, parseTimes[parseTimes.size() / 2],
+                 countNodes(*parse.rootMatch()));
     std::fprintf(stderr, "tree-bytes-per-unit: %.2f\npeak-rss-mb: %.1f\n",
                  units == 0 ? 0.0 : static_cast<double>(parse.treeBytes()) / static_cast<double>(units),
                  static_cast<double>(usage.ru_maxrss) / 1024);
@@ -84,7 +89,8 @@ void highlightFile(const Arguments &arguments, const std::string &file, double l
         times.push_back(milliseconds(Clock::now() - start));
     }
     parse->performReadingBlockAndWait([&] {
-        const std::string output = arguments.format == Arguments::Format::Tree ? QVMatchTreeText(*parse) : ansiText(*parse);
+        const std::string output =
+            arguments.format == Arguments::Format::Tree ? QVMatchTreeText(*parse) : ansiText(*parse);
         std::fwrite(output.data(), 1, output.size(), stdout);
         if (arguments.statistics)
             printStatistics(*parse, loadTime, times);

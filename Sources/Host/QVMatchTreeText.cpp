@@ -11,7 +11,8 @@ namespace {
 class TreePrinter {
 public:
     void print(const QVScopeMatch &match, std::size_t depth) {
-        line(depth, QVScopeTypeToString(match.scope()->type()).UTF8String(), match.scope()->name(), match.range());
+        line(depth, QVScopeTypeToString(match.scope()->type()).UTF8String(), match.scope()->name(),
+             match.range());
         if (const NSRange end = match.endRange(); end.location != NSNotFound)
             _text += " end" + place(end);
         _text += '\n';
@@ -37,7 +38,8 @@ private:
         if (captures == nullptr)
             return;
         for (const auto &capture : *captures) {
-            line(depth, mark + std::to_string(capture->capture()->number()), capture->capture()->name(), capture->range());
+            line(depth, mark + std::to_string(capture->capture()->number()), capture->capture()->name(),
+                 capture->range());
             _text += '\n';
         }
     }

@@ -13,7 +13,8 @@ std::shared_ptr<QVSyntax> syntaxFromXML(std::string_view xml) {
     const auto document = QVXMLDocument::initWithData(NSData(xml), &error);
     const auto syntax = document ? QVSyntax::initWithDocument(*document, &error) : nullptr;
     if (!syntax)
-        ADD_FAILURE() << "no syntax: " << (error ? error->localizedDescription().UTF8String() : "without an error");
+        ADD_FAILURE() << "no syntax: "
+                      << (error ? error->localizedDescription().UTF8String() : "without an error");
     return syntax;
 }
 
@@ -54,7 +55,8 @@ std::string shortened(const std::string &tree) {
 
 } // namespace
 
-std::string treeOfText(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text, NSUInteger maximumLineLength) {
+std::string treeOfText(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text,
+                       NSUInteger maximumLineLength) {
     std::string trees[2];
     for (const bool remembers : {false, true}) {
         const auto parse = QVParse::initWithSyntax(syntax, 0, QVParsePrivateQueueConcurrencyType);

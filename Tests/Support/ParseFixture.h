@@ -49,9 +49,10 @@ public:
 std::shared_ptr<QVParse> parseOfText(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text,
                                      NSUInteger maximumLineLength = 0);
 
-/// The match tree of a text as `QVMatchTreeText` prints it, without the root's line and without "test." before names.
-/// Parsed both ways, with remembered searches and without; the test fails where they differ.
-std::string treeOfText(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text, NSUInteger maximumLineLength = 0);
+/// The match tree of a text as `QVMatchTreeText` prints it, without the root's line and without "test."
+/// before names. Parsed both ways, with remembered searches and without; the test fails where they differ.
+std::string treeOfText(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text,
+                       NSUInteger maximumLineLength = 0);
 
 /// The same for a syntax that holds just these top-level scopes.
 std::string treeOfText(std::string_view scopes, std::u16string_view text);

@@ -30,7 +30,8 @@ void QVParse::performReadingBlockAndWait(QVBlock<void()> block) {
         dispatch_sync(_updateQueue, block);
 }
 
-void QVParse::performReadingWithTimeout(double timeout, std::function<void()> block, std::function<void(bool)> completion) {
+void QVParse::performReadingWithTimeout(double timeout, std::function<void()> block,
+                                        std::function<void(bool)> completion) {
     QVParameterAssert(block != nullptr, "block != nil");
     if (!block)
         return;
@@ -40,8 +41,8 @@ void QVParse::performReadingWithTimeout(double timeout, std::function<void()> bl
             completion(true);
         return;
     }
-    dispatch_async(_updateQueue, [parse = self(), deadline = dispatch_time_after(timeout), block = std::move(block),
-                                  completion = std::move(completion)] {
+    dispatch_async(_updateQueue, [parse = self(), deadline = dispatch_time_after(timeout),
+                                  block = std::move(block), completion = std::move(completion)] {
         const bool late = std::chrono::steady_clock::now() >= deadline || parse->isCancelled();
         if (!late)
             block();
@@ -99,11 +100,14 @@ void QVParse::performWritingBlockAndWait(QVBlock<void()> block) {
         dispatch_barrier_sync(_updateQueue, block);
 }
 
-void QVParse::runWriter(double timeout, QVBlock<void()> block, const std::function<void()> &expirationHandler) {
+void QVParse::runWriter(double timeout, QVBlock<void()> block,
+                        const std::function<void()> &expirationHandler) {
     const dispatch_source_t timer = dispatch_timer_create(dispatch_get_global_queue(QOS_CLASS_BACKGROUND));
-    const auto leeway = std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(timeout / 10));
+    const auto leeway =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(timeout / 10));
     dispatch_source_set_timer(timer, dispatch_time_after(timeout), leeway);
-    dispatch_source_set_event_handler(timer, expirationHandler ? expirationHandler : [] {});
+    dispatch_source_set_event_handler(
+        timer, expirationHandler ? expirationHandler : [] {});
     dispatch_resume(timer);
     // Also when the block throws.
     struct Cancel {

@@ -1,4 +1,5 @@
-// Anchored matching: the subscopes form a sequence, each of which must match exactly where the one before it ended.
+// Anchored matching: the subscopes form a sequence, each of which must match exactly where the one before it
+// ended.
 
 #include "Platform/Foundation/NSCharacterSet.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
@@ -10,7 +11,8 @@
 
 namespace quorvane {
 
-/// Where a region stands in its sequence: which subscope is to come, and whether it came already and may come again.
+/// Where a region stands in its sequence: which subscope is to come, and whether it came already and may come
+/// again.
 struct QVParse::AnchoredSequence {
     const Scopes &scopes;
     NSUInteger index = 0;
@@ -26,7 +28,8 @@ struct QVParse::AnchoredSequence {
     }
 
     /// Brings the sequence to where the first matches of a region that was parsed before have left it.
-    void replay(QVSubmatches submatches, NSUInteger count, const QVScope *newlineScope, const QVScope *whitespaceScope) {
+    void replay(QVSubmatches submatches, NSUInteger count, const QVScope *newlineScope,
+                const QVScope *whitespaceScope) {
         for (NSUInteger element = 0; element < count && element < submatches.count(); ++element) {
             const QVScope *const scope = submatches[element]->scope();
             if (scope == newlineScope || scope == whitespaceScope || scope->isTemplateScope())
@@ -73,8 +76,8 @@ QVMatchingOutcome QVParse::attemptAnchored(const std::shared_ptr<const QVRegular
     }
     NSRange hit = NSNotFoundRange;
     QVMatchingOutcome outcome = expression->enumerateMatchesInCharacters(
-        text.data(), text.size(), QVMatchingAnchored | QVMatchingRangeLimit, parseRange, _regexMatchContext.get(),
-        [&](QVPCRE2MatchData *matchData, NSUInteger baseOffset, bool &) {
+        text.data(), text.size(), QVMatchingAnchored | QVMatchingRangeLimit, parseRange,
+        _regexMatchContext.get(), [&](QVPCRE2MatchData *matchData, NSUInteger baseOffset, bool &) {
             hit = QVPCRE2MatchDataRangeAtIndex(matchData, 0, baseOffset);
         });
     if (hit.location != NSNotFound) {
@@ -95,27 +98,32 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstCutoff(const QVScope &scope, 
         return nullptr;
     QVScopeMatchReference match = newMatch(&scope, outcome.range);
     match->setEnd(true);
-    const QVScope::Captures &captures = scope.type() == QVScopeTypeStartEnd ? scope.endCaptures() : scope.captures();
+    const QVScope::Captures &captures =
+        scope.type() == QVScopeTypeStartEnd ? scope.endCaptures() : scope.captures();
     const bool takesCaptures = scope.type() == QVScopeTypeStartEnd || scope.type() == QVScopeTypeCutoff;
     if (takesCaptures && !captures.empty())
         match->setCaptureMatches(QVCaptureMatch::captureMatchesWithCaptures(
-            captures, *expression, _regexMatchContext->matchData(), 0, _text->view(), outcome.range, match.get(), *_matchPool));
+            captures, *expression, _regexMatchContext->matchData(), 0, _text->view(), outcome.range,
+            match.get(), *_matchPool));
     return match;
 }
 
-QVScopeMatchReference QVParse::matchAnchoredAgainstScope(const std::shared_ptr<QVScope> &scope, const QVScope &parentScope,
-                                                         NSRange parseRange,
-                                                         std::unordered_set<const QVScope *> &includesAttempted) {
+QVScopeMatchReference
+QVParse::matchAnchoredAgainstScope(const std::shared_ptr<QVScope> &scope, const QVScope &parentScope,
+                                   NSRange parseRange,
+                                   std::unordered_set<const QVScope *> &includesAttempted) {
     if (scope->type() != QVScopeTypeInclude)
         return matchAnchoredAgainstResolvedScope(*scope, parentScope, parseRange);
     for (const std::shared_ptr<QVScope> &resolved : resolvedScopesForIncludeScope(scope, parentScope))
         if (includesAttempted.insert(resolved.get()).second)
-            if (QVScopeMatchReference match = matchAnchoredAgainstResolvedScope(*resolved, parentScope, parseRange))
+            if (QVScopeMatchReference match =
+                    matchAnchoredAgainstResolvedScope(*resolved, parentScope, parseRange))
                 return match;
     return nullptr;
 }
 
-QVScopeMatchReference QVParse::matchAnchoredAgainstResolvedScope(const QVScope &scope, const QVScope &parentScope,
+QVScopeMatchReference QVParse::matchAnchoredAgainstResolvedScope(const QVScope &scope,
+                                                                 const QVScope &parentScope,
                                                                  NSRange parseRange) {
     const std::shared_ptr<QVRegularExpression> &expression = scope.regularExpression();
     if (!expression)
@@ -124,7 +132,8 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstResolvedScope(const QVScope &
     traceAttempt(scope, [&] {
         const QVMatchingOutcome outcome = attemptAnchored(expression, parseRange);
         noteOutcome(scope, outcome);
-        if (outcome.kind == QVMatchingOutcome::Hit && acceptsHit(scope, parentScope, outcome.range, parseRange.location) &&
+        if (outcome.kind == QVMatchingOutcome::Hit &&
+            acceptsHit(scope, parentScope, outcome.range, parseRange.location) &&
             !cameToNothing(scope, parseRange.location))
             match = matchForHit(scope, expression, _regexMatchContext->matchData(), outcome.range, true);
         return match != nullptr;
@@ -134,10 +143,13 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstResolvedScope(const QVScope &
 
 bool QVParse::cameToNothing(const QVScope &scope, NSUInteger location) {
     if (_pass->emptyRegionsLocation != location ||
-        std::find(_pass->emptyRegions.begin(), _pass->emptyRegions.end(), &scope) == _pass->emptyRegions.end())
+        std::find(_pass->emptyRegions.begin(), _pass->emptyRegions.end(), &scope) ==
+            _pass->emptyRegions.end())
         return false;
     logDiagnosticMessage(
-        NSString::stringWithFormat(u"Encountered an infinitely-recursive parse for scope: %@; Ignoring", scope.name()), 5);
+        NSString::stringWithFormat(u"Encountered an infinitely-recursive parse for scope: %@; Ignoring",
+                                   scope.name()),
+        5);
     return true;
 }
 
@@ -149,7 +161,8 @@ void QVParse::noteRegionThatCameToNothing(const QVScope &scope, NSUInteger locat
     _pass->emptyRegions.push_back(&scope);
 }
 
-QVScopeMatchReference QVParse::matchAnchoredStep(QVScopeMatch *match, AnchoredSequence &sequence, NSRange rest) {
+QVScopeMatchReference QVParse::matchAnchoredStep(QVScopeMatch *match, AnchoredSequence &sequence,
+                                                 NSRange rest) {
     const QVScope &scope = *match->scope();
     const bool isRoot = scope.type() == QVScopeTypeRoot;
     if (scope.whitespaceSkipBehavior() == QVWhitespaceSkipGreedy) {
@@ -168,14 +181,16 @@ QVScopeMatchReference QVParse::matchAnchoredStep(QVScopeMatch *match, AnchoredSe
         for (const std::shared_ptr<QVScope> &candidate : *templates) {
             if (candidate->type() != QVScopeTypeStartEnd && candidate->type() != QVScopeTypeMatch)
                 continue;
-            if (QVScopeMatchReference found = matchAnchoredAgainstScope(candidate, scope, rest, includesAttempted))
+            if (QVScopeMatchReference found =
+                    matchAnchoredAgainstScope(candidate, scope, rest, includesAttempted))
                 return found;
         }
     }
     while (const std::shared_ptr<QVScope> &candidate = sequence.current()) {
         if (canBeCandidate(*candidate, isRoot, false)) {
             includesAttempted.clear();
-            if (QVScopeMatchReference found = matchAnchoredAgainstScope(candidate, scope, rest, includesAttempted)) {
+            if (QVScopeMatchReference found =
+                    matchAnchoredAgainstScope(candidate, scope, rest, includesAttempted)) {
                 found->setAnchoredMatchIdx(sequence.index);
                 if (candidate->isRepeating())
                     sequence.repeated = true;
@@ -197,7 +212,8 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstAncestors(NSRange rest) {
     QVScopeMatchReference found;
     const auto &ancestors = _pass->subsyntaxAncestors;
     for (auto ancestor = ancestors.rbegin(); ancestor != ancestors.rend(); ++ancestor) {
-        for (const std::shared_ptr<QVScope> &cutoff : (*ancestor)->scope()->subsyntaxOptions()->cutoffScopes()) {
+        for (const std::shared_ptr<QVScope> &cutoff :
+             (*ancestor)->scope()->subsyntaxOptions()->cutoffScopes()) {
             found = matchAnchoredAgainstCutoff(*cutoff, *ancestor, rest);
             if (found)
                 break;
@@ -206,8 +222,9 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstAncestors(NSRange rest) {
     return found;
 }
 
-void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
-                                               NSRange range, NSUInteger insertionIndex) {
+void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree,
+                                               const Scopes &scopes, NSRange range,
+                                               NSUInteger insertionIndex) {
     const QVScope &scope = *match->scope();
     const NSUInteger end = NSMaxRange(range);
     const std::u16string_view text = _text->view();
@@ -255,7 +272,8 @@ void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatch
             if (found->isEnd())
                 return;
             if (found->isStart()) {
-                const NSRange region = parseRecursivelyIntoStartMatch(found.get(), {location, end - location});
+                const NSRange region =
+                    parseRecursivelyIntoStartMatch(found.get(), {location, end - location});
                 if (region.length == 0) {
                     intoTree.pop_back();
                     noteRegionThatCameToNothing(*found->scope(), location);

@@ -10,31 +10,38 @@
 
 namespace quorvane {
 
-bool QVParse::acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRange hit, NSUInteger rangeStart) {
+bool QVParse::acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRange hit,
+                         NSUInteger rangeStart) {
     if (scope.type() == QVScopeTypeMatch) {
         if (hit.length != 0)
             return true;
-        logDiagnosticMessage(NSString::stringWithFormat(
-                                 u"Encountered a zero-length single match for scope: %@; Ignoring", scope.name()),
-                             5);
+        logDiagnosticMessage(
+            NSString::stringWithFormat(u"Encountered a zero-length single match for scope: %@; Ignoring",
+                                       scope.name()),
+            5);
         return false;
     }
     if (scope.type() != QVScopeTypeStartEnd)
         return true;
-    // Open regions stand in the order of their places, so only those that begin right here need a look; mostly none.
+    // Open regions stand in the order of their places, so only those that begin right here need a look;
+    // mostly none.
     const auto &open = _pass->parseStackMatches;
-    for (auto match = open.rbegin(); match != open.rend() && (*match)->range().location == hit.location; ++match) {
+    for (auto match = open.rbegin(); match != open.rend() && (*match)->range().location == hit.location;
+         ++match) {
         if ((*match)->scope() != &scope)
             continue;
         logDiagnosticMessage(
             NSString::stringWithFormat(
-                u"Encountered an infinitely-recursive depth-wise parse for scope: %@; Ignoring subscopes", scope.name()),
+                u"Encountered an infinitely-recursive depth-wise parse for scope: %@; Ignoring subscopes",
+                scope.name()),
             5);
         return false;
     }
     if (hit.length == 0 && &scope == &parentScope && hit.location == rangeStart) {
         logDiagnosticMessage(
-            NSString::stringWithFormat(u"Encountered an infinitely-recursive parse for scope: %@; Ignoring", scope.name()), 5);
+            NSString::stringWithFormat(u"Encountered an infinitely-recursive parse for scope: %@; Ignoring",
+                                       scope.name()),
+            5);
         return false;
     }
     return true;
@@ -50,15 +57,18 @@ QVScopeMatchReference QVParse::matchForCutoffHit(const QVScope &scope, const QVR
                                                  ::pcre2_real_match_data_16 *matchData, NSRange hit) {
     QVScopeMatchReference match = newMatch(&scope, hit);
     match->setEnd(true);
-    // A cut-off's own captures are not taken here, other than in anchored matching: grammars are written for it.
+    // A cut-off's own captures are not taken here, other than in anchored matching: grammars are written for
+    // it.
     if (matchData != nullptr && scope.type() == QVScopeTypeStartEnd && !scope.endCaptures().empty())
         match->setCaptureMatches(QVCaptureMatch::captureMatchesWithCaptures(
             scope.endCaptures(), expression, matchData, 0, _text->view(), hit, match.get(), *_matchPool));
     return match;
 }
 
-QVScopeMatchReference QVParse::matchForHit(const QVScope &scope, const std::shared_ptr<const QVRegularExpression> &expression,
-                                           ::pcre2_real_match_data_16 *matchData, NSRange hit, bool anchored) {
+QVScopeMatchReference QVParse::matchForHit(const QVScope &scope,
+                                           const std::shared_ptr<const QVRegularExpression> &expression,
+                                           ::pcre2_real_match_data_16 *matchData, NSRange hit,
+                                           bool anchored) {
     const QVScopeType type = scope.type();
     if (type != QVScopeTypeWhitespace && type != QVScopeTypeMatch && type != QVScopeTypeCutoff &&
         type != QVScopeTypeStartEnd)
@@ -67,13 +77,13 @@ QVScopeMatchReference QVParse::matchForHit(const QVScope &scope, const std::shar
     match->setStart(type == QVScopeTypeStartEnd);
     match->setEnd(type == QVScopeTypeCutoff);
     if (matchData != nullptr && keepsStartResult(scope))
-        match->setTextCheckingResult(QVRegularExpressionResult::initWithRegularExpression(expression, matchData, 0));
-    const bool usesEndCaptures =
-        type == QVScopeTypeCutoff && (!anchored || !scope.endCaptures().empty());
+        match->setTextCheckingResult(
+            QVRegularExpressionResult::initWithRegularExpression(expression, matchData, 0));
+    const bool usesEndCaptures = type == QVScopeTypeCutoff && (!anchored || !scope.endCaptures().empty());
     const QVScope::Captures &captures = usesEndCaptures ? scope.endCaptures() : scope.captures();
     if (matchData != nullptr && !captures.empty())
-        match->setCaptureMatches(QVCaptureMatch::captureMatchesWithCaptures(captures, *expression, matchData, 0,
-                                                                            _text->view(), hit, match.get(), *_matchPool));
+        match->setCaptureMatches(QVCaptureMatch::captureMatchesWithCaptures(
+            captures, *expression, matchData, 0, _text->view(), hit, match.get(), *_matchPool));
     return match;
 }
 

@@ -14,14 +14,16 @@ namespace quorvane {
 
 namespace {
 
-constexpr QVRegularExpressionOptions endPatternOptions = QVRegularExpressionMultiline | QVRegularExpressionUseJIT;
+constexpr QVRegularExpressionOptions endPatternOptions =
+    QVRegularExpressionMultiline | QVRegularExpressionUseJIT;
 
 bool namesCollection(const NSString &name) { return name && name.length() != 0 && name != u"*"; }
 
-/// The end's pattern for this region: the template with the groups of the region's start, which stand literally. Only
-/// the stretch of text that the groups cover is copied. Nothing where the groups lie outside of the text.
-std::optional<NSString> endPattern(const QVScope &scope, const QVScopeMatch &match, const QVRegularExpressionResult &result,
-                                   std::u16string_view text) {
+/// The end's pattern for this region: the template with the groups of the region's start, which stand
+/// literally. Only the stretch of text that the groups cover is copied. Nothing where the groups lie outside
+/// of the text.
+std::optional<NSString> endPattern(const QVScope &scope, const QVScopeMatch &match,
+                                   const QVRegularExpressionResult &result, std::u16string_view text) {
     // The match may have moved since its start was found.
     const NSUInteger offset = match.range().location - result.range().location;
     NSUInteger start = text.size();
@@ -64,24 +66,31 @@ std::shared_ptr<const QVRegularExpression> QVParse::regularExpressionForCutoff(c
     if (found == known.end()) {
         if (known.size() >= limits::rememberedEndPatterns)
             known.clear();
-        found = known.emplace(pattern, QVRegularExpression::regularExpressionWithPattern(pattern, endPatternOptions)).first;
+        found = known
+                    .emplace(pattern,
+                             QVRegularExpression::regularExpressionWithPattern(pattern, endPatternOptions))
+                    .first;
     }
     if (!found->second)
-        logDiagnosticMessage(NSString::stringWithFormat(u"Error compiling end-scope template regex with pattern: %@, %@",
-                                                        pattern, nullptr),
-                             9);
+        logDiagnosticMessage(
+            NSString::stringWithFormat(u"Error compiling end-scope template regex with pattern: %@, %@",
+                                       pattern, nullptr),
+            9);
     return found->second;
 }
 
-std::shared_ptr<QVCollection> QVParse::resolvedCollectionForIncludeScope(const std::shared_ptr<QVScope> &scope) {
-    if (const auto found = _pass->includedCollectionCache.find(scope); found != _pass->includedCollectionCache.end())
+std::shared_ptr<QVCollection>
+QVParse::resolvedCollectionForIncludeScope(const std::shared_ptr<QVScope> &scope) {
+    if (const auto found = _pass->includedCollectionCache.find(scope);
+        found != _pass->includedCollectionCache.end())
         return found->second;
     const NSString &syntaxName = scope->includeSyntaxName();
     const NSString &collectionName = scope->includeCollectionName();
     std::shared_ptr<QVSyntax> target;
     if (syntaxName == u"self") {
         const auto &ancestors = _pass->subsyntaxAncestors;
-        const std::shared_ptr<QVSyntax> embedding = ancestors.empty() ? _syntax : ancestors.back()->scope()->parentSyntax();
+        const std::shared_ptr<QVSyntax> embedding =
+            ancestors.empty() ? _syntax : ancestors.back()->scope()->parentSyntax();
         if (embedding && namesCollection(collectionName)) {
             const std::shared_ptr<QVGrammar> grammar = embedding->grammar();
             const auto collection = grammar ? grammar->collectionWithName(collectionName) : nullptr;
@@ -110,13 +119,15 @@ const QVParse::Scopes &QVParse::resolvedScopesForIncludeScope(const std::shared_
     Scopes resolved;
     std::unordered_set<const QVScope *> expanded;
     std::vector<const QVScope *> path;
-    // Depth first, which leaves the order that replacing each include in place gives. What one include brings in is
-    // brought in once: a second time adds nothing, and grammars include each other in circles.
+    // Depth first, which leaves the order that replacing each include in place gives. What one include brings
+    // in is brought in once: a second time adds nothing, and grammars include each other in circles.
     const auto expand = [&](const auto &self, const std::shared_ptr<QVScope> &include) -> void {
         if (std::find(path.begin(), path.end(), include.get()) != path.end() &&
             _pass->includesWithLoggedCycles.insert(include.get()).second)
             logDiagnosticMessage(
-                NSString::stringWithFormat(u"Encountered an include cycle for scope: %@; Ignoring", include->name()), 9);
+                NSString::stringWithFormat(u"Encountered an include cycle for scope: %@; Ignoring",
+                                           include->name()),
+                9);
         if (!expanded.insert(include.get()).second)
             return;
         const auto collection = resolvedCollectionForIncludeScope(include);

@@ -43,7 +43,8 @@ const QVMatch *firstThatHolds(const QVCaptureMatchArray *captures, NSUInteger lo
     if (captures == nullptr)
         return nullptr;
     for (const auto &capture : *captures)
-        if (isInOrEmptyAt(capture->range(), location) || (orEndsThere && NSMaxRange(capture->range()) == location))
+        if (isInOrEmptyAt(capture->range(), location) ||
+            (orEndsThere && NSMaxRange(capture->range()) == location))
             return capture.get();
     return nullptr;
 }
@@ -100,7 +101,8 @@ QVScopeMatch *QVParse::fastMatchAtLocation(NSUInteger location, QVSubmatches wit
     return nullptr;
 }
 
-QVMatch *QVParse::matchAtLocation(NSUInteger location, bool includeCaptures, std::shared_ptr<QVSyntax> *syntax) const {
+QVMatch *QVParse::matchAtLocation(NSUInteger location, bool includeCaptures,
+                                  std::shared_ptr<QVSyntax> *syntax) const {
     QVMatch *match = fastMatchAtLocation(location, _rootMatch->submatches());
     if (match == nullptr)
         match = _rootMatch.get();
@@ -151,7 +153,8 @@ QVMatch *QVParse::matchPrecedingLocation(NSUInteger location, bool includeCaptur
 
 void QVParse::enumerateEffectiveSyntaxesForMatch(
     const QVMatch *match, NSUInteger location,
-    QVBlock<void(const std::shared_ptr<QVSyntax> &syntax, const QVMatch *match, bool &stop)> usingBlock) const {
+    QVBlock<void(const std::shared_ptr<QVSyntax> &syntax, const QVMatch *match, bool &stop)> usingBlock)
+    const {
     bool stop = false;
     const QVScopeMatch *const scopeMatch = match ? match->asScopeMatch() : nullptr;
     if (location != NSNotFound && scopeMatch != nullptr && scopeMatch->scope()->definesSubsyntax()) {
@@ -171,11 +174,11 @@ void QVParse::enumerateEffectiveSyntaxesForMatch(
 
 std::shared_ptr<QVSyntax> QVParse::syntaxForMatch(const QVMatch *match, NSUInteger location) const {
     std::shared_ptr<QVSyntax> syntax;
-    enumerateEffectiveSyntaxesForMatch(match, location,
-                                       [&](const std::shared_ptr<QVSyntax> &reported, const QVMatch *, bool &stop) {
-                                           syntax = reported;
-                                           stop = true;
-                                       });
+    enumerateEffectiveSyntaxesForMatch(
+        match, location, [&](const std::shared_ptr<QVSyntax> &reported, const QVMatch *, bool &stop) {
+            syntax = reported;
+            stop = true;
+        });
     return syntax ? syntax : _syntax;
 }
 

@@ -1,7 +1,7 @@
 // Regions and lines: how a region is entered and finished, and how the text is cut into lines.
 
-#include "Quorvane/Categories/NSString+QuorvaneAdditions.h"
 #include "Platform/Foundation/QVLimits.h"
+#include "Quorvane/Categories/NSString+QuorvaneAdditions.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
 #include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseText.h"
@@ -22,7 +22,8 @@ NSRange unionOfPlaces(NSRange a, NSRange b) {
     return b.location == NSNotFound ? a : NSUnionRange(a, b);
 }
 
-/// What a region without an end range covers: its start, and down along the last children as far as they reach.
+/// What a region without an end range covers: its start, and down along the last children as far as they
+/// reach.
 NSRange coveredRange(const QVScopeMatch *match) {
     NSRange covered = match->range();
     while ((match = QVScopeMatch::directLastChild(match)) != nullptr) {
@@ -77,8 +78,8 @@ const std::vector<std::shared_ptr<QVScope>> &QVParse::scopeListForMatch(QVScopeM
     return collection && !collection->scopes().empty() ? collection->scopes() : scope.subscopes();
 }
 
-void QVParse::parseRecursivelyStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, NSRange range,
-                                                  NSUInteger insertionIndex) {
+void QVParse::parseRecursivelyStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree,
+                                                  NSRange range, NSUInteger insertionIndex) {
     const QVScope &scope = *match->scope();
     const Scopes &scopes = scopeListForMatch(match);
     const std::size_t ancestorCount = _pass->subsyntaxAncestors.size();

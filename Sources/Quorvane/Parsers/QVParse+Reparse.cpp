@@ -1,19 +1,21 @@
 // The one entry to the parser: applies an edit to the text and brings the tree up to date.
 
-
 #include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseSymbol.h"
 #include "Quorvane/Parsers/QVParseText.h"
 
 namespace quorvane {
 
-NSRange QVParse::replaceCharactersInRange(NSRange range, std::u16string_view withString, QVBlock<void(double)>) {
+NSRange QVParse::replaceCharactersInRange(NSRange range, std::u16string_view withString,
+                                          QVBlock<void(double)>) {
     if (isCancelled())
         return NSNotFoundRange;
     // Also cleared when something throws on the way.
     struct Parsing {
         std::atomic<bool> &flag;
-        explicit Parsing(std::atomic<bool> &parsing) : flag(parsing) { flag.store(true, std::memory_order_relaxed); }
+        explicit Parsing(std::atomic<bool> &parsing) : flag(parsing) {
+            flag.store(true, std::memory_order_relaxed);
+        }
         ~Parsing() { flag.store(false, std::memory_order_relaxed); }
     } const parsing(_parsing);
     _text->replaceCharactersInRange(range, withString);

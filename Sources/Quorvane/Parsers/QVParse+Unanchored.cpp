@@ -7,8 +7,8 @@
 
 namespace quorvane {
 
-void QVParse::parseUnanchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
-                                                 NSRange range) {
+void QVParse::parseUnanchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree,
+                                                 const Scopes &scopes, NSRange range) {
     const bool isRoot = match->scope()->type() == QVScopeTypeRoot;
     const NSUInteger cutoffStart = isRoot ? 0 : NSMaxRange(match->range());
     // Traces count and time each attempt, so with them each one is made.
@@ -76,11 +76,12 @@ NSUInteger QVParse::processUnknownTextRange(NSRange range, QVScopeMatchArray &in
     return count;
 }
 
-// The plain way: every scope's hits on the rest of the line go into one list, which is then sorted out. This is what the
-// remembering way must give, to the last node.
+// The plain way: every scope's hits on the rest of the line go into one list, which is then sorted out. This
+// is what the remembering way must give, to the last node.
 
-QVParse::Step QVParse::matchLinePlainly(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
-                                        const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart) {
+QVParse::Step QVParse::matchLinePlainly(QVScopeMatch *match, QVScopeMatchArray &intoTree,
+                                        const Scopes &scopes, const QVParseLine &line, NSUInteger end,
+                                        NSUInteger cutoffStart) {
     const QVScope &scope = *match->scope();
     const bool isRoot = scope.type() == QVScopeTypeRoot;
     const NSRange range{line.start, line.length()};
@@ -100,7 +101,8 @@ QVParse::Step QVParse::matchLinePlainly(QVScopeMatch *match, QVScopeMatchArray &
 
     NSUInteger location = line.start;
     while (true) {
-        const NSUInteger index = processUnanchoredLineMatches(matches, {location, line.contentsEnd - location});
+        const NSUInteger index =
+            processUnanchoredLineMatches(matches, {location, line.contentsEnd - location});
         if (isCancelled())
             return {Step::Cancelled};
         if (index == NSNotFound)
@@ -120,8 +122,9 @@ QVParse::Step QVParse::matchLinePlainly(QVScopeMatch *match, QVScopeMatchArray &
     }
 }
 
-void QVParse::matchUnanchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *parentMatch, QVScopeMatchArray &intoArray,
-                                           NSRange parseRange, NSUInteger cutoffStart) {
+void QVParse::matchUnanchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *parentMatch,
+                                           QVScopeMatchArray &intoArray, NSRange parseRange,
+                                           NSUInteger cutoffStart) {
     // A region's end can't be found before its start has ended.
     if (parseRange != NSRange{cutoffStart, 0} && NSMaxRange(parseRange) <= cutoffStart)
         return;
@@ -135,7 +138,8 @@ void QVParse::matchUnanchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *p
         _text->characters(), _text->length(), QVMatchingRangeLimit, parseRange, _regexMatchContext.get(),
         [&](QVPCRE2MatchData *matchData, NSUInteger baseOffset, bool &) {
             const NSRange hit = QVPCRE2MatchDataRangeAtIndex(matchData, 0, baseOffset);
-            const NSUInteger index = indexForAddingMatchToUnanchoredLineMatches(intoArray, scope, hit, true, previousIndex);
+            const NSUInteger index =
+                indexForAddingMatchToUnanchoredLineMatches(intoArray, scope, hit, true, previousIndex);
             if (index == NSNotFound)
                 return;
             intoArray.insert(intoArray.begin() + static_cast<std::ptrdiff_t>(index),
@@ -185,8 +189,9 @@ void QVParse::matchUnanchoredAgainstResolvedScope(const QVScope &scope, const QV
     });
 }
 
-NSUInteger QVParse::indexForAddingMatchToUnanchoredLineMatches(const QVScopeMatchArray &matches, const QVScope &,
-                                                               NSRange range, bool isEnd, NSUInteger previousIndex) {
+NSUInteger QVParse::indexForAddingMatchToUnanchoredLineMatches(const QVScopeMatchArray &matches,
+                                                               const QVScope &, NSRange range, bool isEnd,
+                                                               NSUInteger previousIndex) {
     if (matches.empty())
         return 0;
     // One pattern's hits come in order, so the place for the next is behind the last.
@@ -215,7 +220,8 @@ NSUInteger QVParse::processUnanchoredLineMatches(QVScopeMatchArray &matches, NSR
     // Fills the gap before the match at the index and answers where that match stands now.
     const auto fillGap = [&](NSUInteger index, NSUInteger location) {
         const NSUInteger gap = NSMaxRange(covered);
-        return location > gap ? index + processUnknownTextRange({gap, location - gap}, matches, index) : index;
+        return location > gap ? index + processUnknownTextRange({gap, location - gap}, matches, index)
+                              : index;
     };
     for (NSUInteger index = 0; index < matches.size();) {
         const QVScopeMatchReference match = matches[index];
@@ -243,7 +249,8 @@ NSUInteger QVParse::processUnanchoredLineMatches(QVScopeMatchArray &matches, NSR
                 matches.erase(place(index));
             } else if (range.location >= pending.location) {
                 matches.erase(place(index), matches.end());
-            } else if (NSMaxRange(range) <= NSMaxRange(pending) && !NSLocationInRange(range.location, covered)) {
+            } else if (NSMaxRange(range) <= NSMaxRange(pending) &&
+                       !NSLocationInRange(range.location, covered)) {
                 if (covered.location == NSNotFound)
                     covered = {pending.location, 0};
                 index = fillGap(index, range.location);

@@ -1,10 +1,11 @@
-// Unanchored matching with remembered searches. The plain way lists every hit of every pattern on the rest of a line and
-// throws most of them away, again after each region. Here each pattern shows its next hit only, the first of all is
-// taken, and what stood in its way is passed over; the tree is the same to the last node.
+// Unanchored matching with remembered searches. The plain way lists every hit of every pattern on the rest of
+// a line and throws most of them away, again after each region. Here each pattern shows its next hit only,
+// the first of all is taken, and what stood in its way is passed over; the tree is the same to the last node.
 //
-// Why that is so: in the plain list a place has one candidate, the first in order or else an end; candidates are taken
-// from left to right, and one that begins inside an accepted match is dropped. A pattern's hits follow each other
-// whether they are taken or not, so each pattern is asked for its chain of hits, and only as far as needed.
+// Why that is so: in the plain list a place has one candidate, the first in order or else an end; candidates
+// are taken from left to right, and one that begins inside an accepted match is dropped. A pattern's hits
+// follow each other whether they are taken or not, so each pattern is asked for its chain of hits, and only
+// as far as needed.
 
 #include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseText.h"
@@ -21,10 +22,11 @@ QVParse::rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expr
     return search;
 }
 
-const QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates) {
+const QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &parentScope,
+                                            bool areTemplates) {
     const bool isRoot = parentScope.type() == QVScopeTypeRoot;
-    // A list is the same object for as long as its grammar lives, and the low bit of its address is free for the one thing
-    // that changes what is tried.
+    // A list is the same object for as long as its grammar lives, and the low bit of its address is free for
+    // the one thing that changes what is tried.
     const void *const key = reinterpret_cast<const char *>(&scopes) + (isRoot ? 1 : 0);
     const auto found = _pass->plans.find(key);
     if (found != _pass->plans.end())
@@ -48,10 +50,11 @@ const QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope 
     return _pass->plans.emplace(key, std::move(plan)).first->second;
 }
 
-bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope) {
+bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line,
+                            const QVScope &parentScope) {
     while (from <= line.contentsEnd) {
-        const QVMatchingOutcome outcome = stream.search->firstHitFrom(from, line, _text->view(), _pass->generation,
-                                                                      *_regexMatchContext, stream.interpreted);
+        const QVMatchingOutcome outcome = stream.search->firstHitFrom(
+            from, line, _text->view(), _pass->generation, *_regexMatchContext, stream.interpreted);
         stream.interpreted |= outcome.fellBack;
         if (outcome.kind != QVMatchingOutcome::Hit) {
             noteOutcome(*stream.scope, outcome);
@@ -70,15 +73,18 @@ bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &
 
 QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVParseLine &line) {
     const QVScope &scope = *stream.scope;
-    const bool needsGroups = stream.isCutoff ? scope.type() == QVScopeTypeStartEnd && !scope.endCaptures().empty()
-                                             : !scope.captures().empty() || !scope.endCaptures().empty() || keepsStartResult(scope);
-    // The groups of a hit that was found ahead are gone: the match data belongs to the last search. Searched for at its own
-    // place, the hit comes out the same.
+    const bool needsGroups =
+        stream.isCutoff
+            ? scope.type() == QVScopeTypeStartEnd && !scope.endCaptures().empty()
+            : !scope.captures().empty() || !scope.endCaptures().empty() || keepsStartResult(scope);
+    // The groups of a hit that was found ahead are gone: the match data belongs to the last search. Searched
+    // for at its own place, the hit comes out the same.
     QVPCRE2MatchData *matchData = nullptr;
     if (needsGroups) {
         const QVMatchingOutcome outcome = stream.search->expression().directSearchInCharacters(
-            _text->characters(), _text->length(), {stream.hit.location, line.contentsEnd - stream.hit.location},
-            *_regexMatchContext, stream.interpreted);
+            _text->characters(), _text->length(),
+            {stream.hit.location, line.contentsEnd - stream.hit.location}, *_regexMatchContext,
+            stream.interpreted);
         if (outcome.kind == QVMatchingOutcome::Hit && outcome.range == stream.hit)
             matchData = _regexMatchContext->matchData();
     }
@@ -87,8 +93,9 @@ QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVPars
     return matchForHit(scope, stream.search->sharedExpression(), matchData, stream.hit, false);
 }
 
-QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
-                                            const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart) {
+QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree,
+                                            const Scopes &scopes, const QVParseLine &line, NSUInteger end,
+                                            NSUInteger cutoffStart) {
     const QVScope &scope = *match->scope();
     const bool isRoot = scope.type() == QVScopeTypeRoot;
     const std::size_t depth = _pass->parseStackMatches.size();
@@ -124,7 +131,8 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
         forEachCutoff(startCutoff);
     const auto startPlan = [&](const Scopes &list, bool areTemplates) {
         for (const Plan::Entry &entry : planForScopes(list, scope, areTemplates).entries)
-            start(*entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false, line.start);
+            start(*entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false,
+                  line.start);
     };
     if (const Scopes *const templates = templateScopesToTry())
         startPlan(*templates, true);
@@ -144,7 +152,8 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
             bool alive = true;
             while (alive && stream.hit.location < open)
                 alive = stream.search->canStartAtOrBehind(open, line) &&
-                        findCandidate(stream, NSMaxRange(stream.hit) + (stream.hit.length == 0 ? 1 : 0), line, scope);
+                        findCandidate(stream, NSMaxRange(stream.hit) + (stream.hit.length == 0 ? 1 : 0), line,
+                                      scope);
             if (!alive) {
                 streams.erase(streams.begin() + static_cast<std::ptrdiff_t>(index));
                 continue;
@@ -155,7 +164,8 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
             ++index;
         }
         // The line ending holds its place against everything but the region's end.
-        if (best != nullptr && line.hasNewline() && best->hit.location == line.newline.location && !best->isEnd)
+        if (best != nullptr && line.hasNewline() && best->hit.location == line.newline.location &&
+            !best->isEnd)
             best = nullptr;
         if (isCancelled())
             return {Step::Cancelled};

@@ -48,22 +48,27 @@ std::shared_ptr<QVParse> QVParse::initWithSyntax(std::shared_ptr<QVSyntax> synta
 }
 
 std::shared_ptr<QVParse> QVParse::init() {
-    throw NSException(NSInvalidArgumentException, u"Must be initialized using initWithSyntax:capacity:concurrencyType:");
+    throw NSException(NSInvalidArgumentException,
+                      u"Must be initialized using initWithSyntax:capacity:concurrencyType:");
 }
 
-QVParse::QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity, QVParseConcurrencyType concurrencyType)
+QVParse::QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity,
+                 QVParseConcurrencyType concurrencyType)
     : _concurrencyType(concurrencyType), _syntax(std::move(syntax)), _grammar(_syntax->grammar()),
       _text(std::make_unique<QVParseText>(capacity)),
-      _regexMatchContext(std::make_unique<QVRegularExpressionMatchContext>()), _matchPool(QVMatchPool::create()),
-      _pass(std::make_unique<QVParsePass>()), _performanceCollectionEnabled(isGlobalPerformanceCollectionEnabled()) {
+      _regexMatchContext(std::make_unique<QVRegularExpressionMatchContext>()),
+      _matchPool(QVMatchPool::create()), _pass(std::make_unique<QVParsePass>()),
+      _performanceCollectionEnabled(isGlobalPerformanceCollectionEnabled()) {
     if (concurrencyType == QVParseMainQueueConcurrencyType) {
         _updateQueue = dispatch_get_main_queue();
     } else {
-        _updateQueue = dispatch_queue_create("com.tarnwell.quorvane.parse.private", DISPATCH_QUEUE_CONCURRENT);
+        _updateQueue =
+            dispatch_queue_create("com.tarnwell.quorvane.parse.private", DISPATCH_QUEUE_CONCURRENT);
         dispatch_queue_set_specific(_updateQueue, this, this);
     }
     const auto synthetic = [this](QVScopeType type, std::u16string_view format) {
-        return QVScope::scopeWithType(type, _syntax, NSString::stringWithFormat(format, _syntax->name()), nullptr, nullptr);
+        return QVScope::scopeWithType(type, _syntax, NSString::stringWithFormat(format, _syntax->name()),
+                                      nullptr, nullptr);
     };
     _rootScope = synthetic(QVScopeTypeRoot, u"%@.root");
     if (_grammar)
@@ -91,7 +96,8 @@ void QVParse::clearAllMatches() {
     _rootMatch->setSubmatches(nullptr);
     _symbols.clear();
     setBracketLocationsByDepth(std::vector<NSIndexSet>());
-    // Nothing of other syntaxes' grammars is left in the tree; what comes next resolves them as a first parse would.
+    // Nothing of other syntaxes' grammars is left in the tree; what comes next resolves them as a first parse
+    // would.
     _pass->forgetResolvedScopes();
     _pass->pinnedGrammars.clear();
 }
@@ -136,9 +142,10 @@ void QVParse::logDiagnosticMessage(const NSString &message, NSUInteger level) {
 void QVParse::noteOutcome(const QVScope &scope, const QVMatchingOutcome &outcome) {
     if (outcome.kind != QVMatchingOutcome::Error || !_pass->scopesWithLoggedErrors.insert(&scope).second)
         return;
-    logDiagnosticMessage(NSString::stringWithFormat(u"Error matching scope: %@, %@", scope.name(),
-                                                    QVRegularExpression::stringForPCRE2ErrorCode(outcome.errorCode)),
-                         9);
+    logDiagnosticMessage(
+        NSString::stringWithFormat(u"Error matching scope: %@, %@", scope.name(),
+                                   QVRegularExpression::stringForPCRE2ErrorCode(outcome.errorCode)),
+        9);
 }
 
 void QVParse::symbolicateMatchesInRange(NSRange, QVMatch *) {}

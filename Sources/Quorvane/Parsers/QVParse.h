@@ -37,11 +37,12 @@ enum QVParseConcurrencyType : std::uint64_t {
     QVParseMainQueueConcurrencyType = 1,
 };
 
-/// The parse of one document: a private copy of its text and the tree of matches, with the discipline of who may look at
-/// them when. Readers run side by side, a writer alone; the document's owner writes edits, queries read on any thread.
+/// The parse of one document: a private copy of its text and the tree of matches, with the discipline of who
+/// may look at them when. Readers run side by side, a writer alone; the document's owner writes edits,
+/// queries read on any thread.
 ///
-/// Everything but construction, access, cancelling and the settings must be called with access held, inside one of the
-/// callbacks below, and no match may be kept past it.
+/// Everything but construction, access, cancelling and the settings must be called with access held, inside
+/// one of the callbacks below, and no match may be kept past it.
 class QV_EXPORT QVParse final : public NSObject {
 public:
     /// Capacity in units, 0 for the usual. A null syntax is a programming error.
@@ -51,23 +52,27 @@ public:
     [[noreturn]] static std::shared_ptr<QVParse> init();
     ~QVParse() override;
 
-    // Access. A callback runs at once, on the calling thread, when the caller is inside another callback of this parse,
-    // or on the main thread with the main queue. A null callback is a programming error.
+    // Access. A callback runs at once, on the calling thread, when the caller is inside another callback of
+    // this parse, or on the main thread with the main queue. A null callback is a programming error.
 
     void performReadingBlock(std::function<void()> block);
     void performReadingBlockAndWait(QVBlock<void()> block);
-    /// Skips the callback if its turn comes later than `timeout` seconds from now or the parse was cancelled; completion,
-    /// which may be null, gets whether it ran.
-    void performReadingWithTimeout(double timeout, std::function<void()> block, std::function<void(bool)> completion);
-    /// Answers whether the callback ran in time. One that began in time and ran on keeps the caller waiting until it is
-    /// through, and counts as late all the same. A cancelled parse makes the caller wait out the time.
+    /// Skips the callback if its turn comes later than `timeout` seconds from now or the parse was cancelled;
+    /// completion, which may be null, gets whether it ran.
+    void performReadingWithTimeout(double timeout, std::function<void()> block,
+                                   std::function<void(bool)> completion);
+    /// Answers whether the callback ran in time. One that began in time and ran on keeps the caller waiting
+    /// until it is through, and counts as late all the same. A cancelled parse makes the caller wait out the
+    /// time.
     bool performReadingWithTimeoutAndWait(double timeout, QVBlock<void()> block);
     void performWritingBlock(std::function<void()> block);
     void performWritingBlockAndWait(QVBlock<void()> block);
-    /// The callback always runs to its end; the handler is called on a background thread if that takes longer than
-    /// `timeout` seconds, which must be above 0.
-    void performWritingWithTimeout(double timeout, std::function<void()> block, std::function<void()> expirationHandler);
-    void performWritingWithTimeoutAndWait(double timeout, QVBlock<void()> block, std::function<void()> expirationHandler);
+    /// The callback always runs to its end; the handler is called on a background thread if that takes longer
+    /// than `timeout` seconds, which must be above 0.
+    void performWritingWithTimeout(double timeout, std::function<void()> block,
+                                   std::function<void()> expirationHandler);
+    void performWritingWithTimeoutAndWait(double timeout, QVBlock<void()> block,
+                                          std::function<void()> expirationHandler);
 
     /// Makes a running parse stop at its next step and throws its tree away behind it. Any thread.
     void cancelParsing();
@@ -92,8 +97,8 @@ public:
     /// What new parses start with. Any thread.
     static bool isGlobalPerformanceCollectionEnabled();
     static void setGlobalPerformanceCollectionEnabled(bool enabled);
-    /// Whether searches are remembered along a line. On by default; off, every search is made afresh, which gives the same
-    /// tree and is kept to compare with.
+    /// Whether searches are remembered along a line. On by default; off, every search is made afresh, which
+    /// gives the same tree and is kept to compare with.
     bool remembersSearches() const { return _remembersSearches; }
     void setRemembersSearches(bool remembers) { _remembersSearches = remembers; }
 
@@ -104,7 +109,9 @@ public:
     QVScopeMatch *rootMatch() const { return _rootMatch.get(); }
     const std::vector<std::shared_ptr<QVParseSymbol>> &symbols() const { return _symbols; }
     /// One set of locations for each depth of nesting; empty where the feature is off.
-    const std::optional<std::vector<NSIndexSet>> &bracketLocationsByDepth() const { return _bracketLocationsByDepth; }
+    const std::optional<std::vector<NSIndexSet>> &bracketLocationsByDepth() const {
+        return _bracketLocationsByDepth;
+    }
     void setBracketLocationsByDepth(std::optional<std::vector<NSIndexSet>> locations);
     /// What each scope cost while performance collection was on.
     std::vector<std::shared_ptr<QVParseScopeTrace>> scopeTraces() const;
@@ -115,23 +122,29 @@ public:
 
     // Parsing
 
-    /// Applies an edit to the text and brings the tree up to date. Answers the range of the new text whose tree was rebuilt,
-    /// or `{NSNotFound, 0}` when cancelled. Write access. The progress block is never called.
-    NSRange replaceCharactersInRange(NSRange range, std::u16string_view withString, QVBlock<void(double)> progressBlock);
+    /// Applies an edit to the text and brings the tree up to date. Answers the range of the new text whose
+    /// tree was rebuilt, or `{NSNotFound, 0}` when cancelled. Write access. The progress block is never
+    /// called.
+    NSRange replaceCharactersInRange(NSRange range, std::u16string_view withString,
+                                     QVBlock<void(double)> progressBlock);
     void clearAllMatches();
 
     // Location queries, with read access
 
     /// The match at a location, or the root match. The optional syntax is the one in force there.
-    QVMatch *matchAtLocation(NSUInteger location, bool includeCaptures, std::shared_ptr<QVSyntax> *syntax) const;
+    QVMatch *matchAtLocation(NSUInteger location, bool includeCaptures,
+                             std::shared_ptr<QVSyntax> *syntax) const;
     /// The match before a location, out of the blanks: the region that a new character would belong to.
-    QVMatch *matchPrecedingLocation(NSUInteger location, bool includeCaptures, std::shared_ptr<QVSyntax> *syntax) const;
+    QVMatch *matchPrecedingLocation(NSUInteger location, bool includeCaptures,
+                                    std::shared_ptr<QVSyntax> *syntax) const;
     /// The innermost syntax; a location of `NSNotFound` asks for the one around the match.
     std::shared_ptr<QVSyntax> syntaxForMatch(const QVMatch *match, NSUInteger location) const;
-    /// The syntaxes in force, from the innermost to the document's; a region whose syntax was not found reports null.
+    /// The syntaxes in force, from the innermost to the document's; a region whose syntax was not found
+    /// reports null.
     void enumerateEffectiveSyntaxesForMatch(
         const QVMatch *match, NSUInteger location,
-        QVBlock<void(const std::shared_ptr<QVSyntax> &syntax, const QVMatch *match, bool &stop)> usingBlock) const;
+        QVBlock<void(const std::shared_ptr<QVSyntax> &syntax, const QVMatch *match, bool &stop)> usingBlock)
+        const;
     /// The range of the first unit that belongs to the set, `{NSNotFound, 0}` where there is none.
     NSRange rangeOfUTF16CharacterFromSet(const NSCharacterSet &set, NSRange range) const;
     /// Binary search down a list of children and theirs; null where nothing stands at the location.
@@ -166,33 +179,38 @@ private:
     struct Step;
     struct Stream;
     using Scopes = std::vector<std::shared_ptr<QVScope>>;
-    void parseUnanchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
-                                            NSRange range);
+    void parseUnanchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree,
+                                            const Scopes &scopes, NSRange range);
     Step enterRegion(QVScopeMatchArray &intoTree, NSUInteger end);
-    Step matchLinePlainly(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes, const QVParseLine &line,
-                          NSUInteger end, NSUInteger cutoffStart);
-    void matchUnanchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *parentMatch, QVScopeMatchArray &intoArray,
-                                      NSRange parseRange, NSUInteger cutoffStart);
+    Step matchLinePlainly(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
+                          const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart);
+    void matchUnanchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *parentMatch,
+                                      QVScopeMatchArray &intoArray, NSRange parseRange,
+                                      NSUInteger cutoffStart);
     void matchUnanchoredAgainstScope(const std::shared_ptr<QVScope> &scope, const QVScope &parentScope,
                                      QVScopeMatchArray &intoArray, NSRange parseRange,
                                      std::unordered_set<const QVScope *> &includesAttempted);
     void matchUnanchoredAgainstResolvedScope(const QVScope &scope, const QVScope &parentScope,
                                              QVScopeMatchArray &intoArray, NSRange parseRange);
-    static NSUInteger indexForAddingMatchToUnanchoredLineMatches(const QVScopeMatchArray &matches, const QVScope &withScope,
-                                                                 NSRange range, bool isEnd, NSUInteger previousIndex);
+    static NSUInteger indexForAddingMatchToUnanchoredLineMatches(const QVScopeMatchArray &matches,
+                                                                 const QVScope &withScope, NSRange range,
+                                                                 bool isEnd, NSUInteger previousIndex);
     NSUInteger processUnanchoredLineMatches(QVScopeMatchArray &matches, NSRange withLineRange) const;
-    NSUInteger processUnknownTextRange(NSRange range, QVScopeMatchArray &intoUnanchoredLineMatches, NSUInteger atIndex) const;
+    NSUInteger processUnknownTextRange(NSRange range, QVScopeMatchArray &intoUnanchoredLineMatches,
+                                       NSUInteger atIndex) const;
 
     Step matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
                               const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart);
     const Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates);
     bool findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope);
     QVScopeMatchReference matchForStream(const Stream &stream, const QVParseLine &line);
-    std::shared_ptr<QVRememberedSearch> rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expression);
+    std::shared_ptr<QVRememberedSearch>
+    rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expression);
 
     // Accepting hits
     bool acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRange hit, NSUInteger rangeStart);
-    QVScopeMatchReference matchForHit(const QVScope &scope, const std::shared_ptr<const QVRegularExpression> &expression,
+    QVScopeMatchReference matchForHit(const QVScope &scope,
+                                      const std::shared_ptr<const QVRegularExpression> &expression,
                                       ::pcre2_real_match_data_16 *matchData, NSRange hit, bool anchored);
     QVScopeMatchReference matchForCutoffHit(const QVScope &scope, const QVRegularExpression &expression,
                                             ::pcre2_real_match_data_16 *matchData, NSRange hit);
@@ -208,25 +226,30 @@ private:
 
     // Anchored matching
     struct AnchoredSequence;
-    void parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
-                                          NSRange range, NSUInteger insertionIndex);
-    QVScopeMatchReference matchAnchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *parentMatch, NSRange parseRange);
-    QVScopeMatchReference matchAnchoredAgainstScope(const std::shared_ptr<QVScope> &scope, const QVScope &parentScope,
-                                                    NSRange parseRange,
+    void parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree,
+                                          const Scopes &scopes, NSRange range, NSUInteger insertionIndex);
+    QVScopeMatchReference matchAnchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *parentMatch,
+                                                     NSRange parseRange);
+    QVScopeMatchReference matchAnchoredAgainstScope(const std::shared_ptr<QVScope> &scope,
+                                                    const QVScope &parentScope, NSRange parseRange,
                                                     std::unordered_set<const QVScope *> &includesAttempted);
     QVScopeMatchReference matchAnchoredAgainstResolvedScope(const QVScope &scope, const QVScope &parentScope,
                                                             NSRange parseRange);
     QVScopeMatchReference matchAnchoredStep(QVScopeMatch *match, AnchoredSequence &sequence, NSRange rest);
     QVScopeMatchReference matchAnchoredAgainstAncestors(NSRange rest);
-    /// Whether this anchored region was tried at this place before and came to nothing; then the try is a miss.
+    /// Whether this anchored region was tried at this place before and came to nothing; then the try is a
+    /// miss.
     bool cameToNothing(const QVScope &scope, NSUInteger location);
     void noteRegionThatCameToNothing(const QVScope &scope, NSUInteger location);
-    QVMatchingOutcome attemptAnchored(const std::shared_ptr<const QVRegularExpression> &expression, NSRange parseRange);
+    QVMatchingOutcome attemptAnchored(const std::shared_ptr<const QVRegularExpression> &expression,
+                                      NSRange parseRange);
 
     // Ends and includes
-    std::shared_ptr<const QVRegularExpression> regularExpressionForCutoff(const QVScope &scope, QVScopeMatch *parentMatch);
+    std::shared_ptr<const QVRegularExpression> regularExpressionForCutoff(const QVScope &scope,
+                                                                          QVScopeMatch *parentMatch);
     std::shared_ptr<QVCollection> resolvedCollectionForIncludeScope(const std::shared_ptr<QVScope> &scope);
-    const Scopes &resolvedScopesForIncludeScope(const std::shared_ptr<QVScope> &scope, const QVScope &parentScope);
+    const Scopes &resolvedScopesForIncludeScope(const std::shared_ptr<QVScope> &scope,
+                                                const QVScope &parentScope);
     void pinGrammar(const std::shared_ptr<QVGrammar> &grammar);
 
     // Diagnostics

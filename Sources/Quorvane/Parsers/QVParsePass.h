@@ -18,8 +18,8 @@ struct QVParse::Step {
     NSUInteger location = 0;
 };
 
-/// A pattern that competes on a line, with its next hit. Each pattern's hits form a chain of its own: the next one is
-/// looked for behind the last, whether or not that one made it into the tree.
+/// A pattern that competes on a line, with its next hit. Each pattern's hits form a chain of its own: the
+/// next one is looked for behind the last, whether or not that one made it into the tree.
 struct QVParse::Stream {
     const QVScope *scope;
     QVRememberedSearch *search;
@@ -65,7 +65,8 @@ struct QVParsePass {
     /// One list for each level of nesting, reused.
     std::vector<std::vector<QVParse::Stream>> streams;
 
-    /// Anchored regions that came to nothing at a place: tried there again, they would come to nothing for ever.
+    /// Anchored regions that came to nothing at a place: tried there again, they would come to nothing for
+    /// ever.
     NSUInteger emptyRegionsLocation = NSNotFound;
     std::vector<const QVScope *> emptyRegions;
 
@@ -103,8 +104,9 @@ inline bool QVParse::canBeCandidate(const QVScope &scope, bool inRoot, bool isTe
 
 /// The document's template scopes, whatever syntax is in force; null while one of them is open.
 inline const QVParse::Scopes *QVParse::templateScopesToTry() const {
-    return _pass->isInTemplateScope || !_grammar || _grammar->templateScopes().empty() ? nullptr
-                                                                                       : &_grammar->templateScopes();
+    return _pass->isInTemplateScope || !_grammar || _grammar->templateScopes().empty()
+               ? nullptr
+               : &_grammar->templateScopes();
 }
 
 template <typename Body> void QVParse::forEachCandidateScope(const Scopes &scopes, bool inRoot, Body body) {
@@ -121,7 +123,8 @@ template <typename Body> void QVParse::forEachCandidateScope(const Scopes &scope
 template <typename Body> void QVParse::forEachCutoff(Body body) {
     const auto &ancestors = _pass->subsyntaxAncestors;
     for (auto ancestor = ancestors.rbegin(); ancestor != ancestors.rend(); ++ancestor)
-        for (const std::shared_ptr<QVScope> &cutoff : (*ancestor)->scope()->subsyntaxOptions()->cutoffScopes())
+        for (const std::shared_ptr<QVScope> &cutoff :
+             (*ancestor)->scope()->subsyntaxOptions()->cutoffScopes())
             body(*cutoff, *ancestor);
 }
 
@@ -133,8 +136,8 @@ template <typename Attempt> void QVParse::traceAttempt(const QVScope &scope, Att
     }
     const auto start = std::chrono::steady_clock::now();
     const bool success = attempt();
-    recordPerformanceOfScope(scope, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(),
-                             success);
+    recordPerformanceOfScope(
+        scope, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), success);
 }
 
 } // namespace quorvane

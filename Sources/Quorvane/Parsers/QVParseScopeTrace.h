@@ -6,7 +6,8 @@ namespace quorvane {
 
 class QVScope;
 
-/// What one scope of a grammar cost a parse: attempts that made a match, attempts that made none, and their time.
+/// What one scope of a grammar cost a parse: attempts that made a match, attempts that made none, and their
+/// time.
 class QV_EXPORT QVParseScopeTrace final : public NSObject {
 public:
     const std::shared_ptr<const QVScope> &scope() const { return _scope; }

@@ -7,9 +7,9 @@
 
 namespace quorvane {
 
-/// A parse's own copy of its document's text: one contiguous buffer that the matcher and the line scan read directly.
-/// The buffer has one readable zero unit before its first and behind its last unit, which the matcher may touch when the
-/// text begins or ends in half a character.
+/// A parse's own copy of its document's text: one contiguous buffer that the matcher and the line scan read
+/// directly. The buffer has one readable zero unit before its first and behind its last unit, which the
+/// matcher may touch when the text begins or ends in half a character.
 class QVParseText {
 public:
     /// Room for this many units; 1024 where none are asked for.

@@ -8,11 +8,12 @@ QVRememberedSearch::QVRememberedSearch(std::shared_ptr<const QVRegularExpression
     : _expression(std::move(expression)), _firstUnits(_expression->firstUnits()),
       _minimumLength(_expression->minimumLength()), _canBeRemembered(_expression->canBeRemembered()) {}
 
-QVMatchingOutcome QVRememberedSearch::firstHitFrom(NSUInteger from, const QVParseLine &line, std::u16string_view text,
-                                                   std::uint64_t generation, QVRegularExpressionMatchContext &context,
+QVMatchingOutcome QVRememberedSearch::firstHitFrom(NSUInteger from, const QVParseLine &line,
+                                                   std::u16string_view text, std::uint64_t generation,
+                                                   QVRegularExpressionMatchContext &context,
                                                    bool interpreted) {
-    // From the middle of a pair the matcher tries the second half as a character of its own, which no search that
-    // began before the pair would.
+    // From the middle of a pair the matcher tries the second half as a character of its own, which no search
+    // that began before the pair would.
     const bool splitsPair = from != 0 && from < text.size() && (text[from] & 0xFC00) == 0xDC00;
     const bool remembers = _canBeRemembered && !interpreted && !splitsPair;
     if (remembers && _generation == generation && _rangeEnd == line.contentsEnd && from >= _searchedFrom &&
@@ -20,14 +21,13 @@ QVMatchingOutcome QVRememberedSearch::firstHitFrom(NSUInteger from, const QVPars
         return _outcome;
 
     QVMatchingOutcome outcome;
-    const bool ruledOut =
-        !canStartAtOrBehind(from, line) ||
-        (_firstUnits != nullptr &&
-         (((*_firstUnits)[0] & line.units[0]) | ((*_firstUnits)[1] & line.units[1]) | ((*_firstUnits)[2] & line.units[2]) |
-          ((*_firstUnits)[3] & line.units[3])) == 0);
+    const bool ruledOut = !canStartAtOrBehind(from, line) ||
+                          (_firstUnits != nullptr &&
+                           (((*_firstUnits)[0] & line.units[0]) | ((*_firstUnits)[1] & line.units[1]) |
+                            ((*_firstUnits)[2] & line.units[2]) | ((*_firstUnits)[3] & line.units[3])) == 0);
     if (!ruledOut)
-        outcome = _expression->directSearchInCharacters(text.data(), text.size(), {from, line.contentsEnd - from}, context,
-                                                        interpreted);
+        outcome = _expression->directSearchInCharacters(
+            text.data(), text.size(), {from, line.contentsEnd - from}, context, interpreted);
     if (remembers && outcome.kind != QVMatchingOutcome::Error && !outcome.fellBack) {
         _generation = generation;
         _rangeEnd = line.contentsEnd;

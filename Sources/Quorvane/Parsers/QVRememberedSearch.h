@@ -22,10 +22,11 @@ struct QVParseLine {
     bool hasNewline() const { return newline.location != NSNotFound; }
 };
 
-/// One pattern, and what its last search on the current line found. A hit found ahead stays the first hit until the
-/// position passes its start, and a search that found nothing finds nothing further on; so a line costs each pattern
-/// one search for each of its hits, however many regions start and end on it. Nothing is remembered that would not be
-/// found again by searching: not for patterns that depend on where a search began, not after an error.
+/// One pattern, and what its last search on the current line found. A hit found ahead stays the first hit
+/// until the position passes its start, and a search that found nothing finds nothing further on; so a line
+/// costs each pattern one search for each of its hits, however many regions start and end on it. Nothing is
+/// remembered that would not be found again by searching: not for patterns that depend on where a search
+/// began, not after an error.
 class QVRememberedSearch {
 public:
     explicit QVRememberedSearch(std::shared_ptr<const QVRegularExpression> expression);
@@ -33,15 +34,17 @@ public:
     const QVRegularExpression &expression() const { return *_expression; }
     const std::shared_ptr<const QVRegularExpression> &sharedExpression() const { return _expression; }
 
-    /// The first hit that starts at or behind `from`, which lies on the line, and ends on it; what an enumeration over
-    /// the rest of the line would report first. `generation` numbers the states of the text.
+    /// The first hit that starts at or behind `from`, which lies on the line, and ends on it; what an
+    /// enumeration over the rest of the line would report first. `generation` numbers the states of the text.
     QVMatchingOutcome firstHitFrom(NSUInteger from, const QVParseLine &line, std::u16string_view text,
-                                   std::uint64_t generation, QVRegularExpressionMatchContext &context, bool interpreted);
+                                   std::uint64_t generation, QVRegularExpressionMatchContext &context,
+                                   bool interpreted);
 
     /// Whether a hit may still start at or behind the position.
     bool canStartAtOrBehind(NSUInteger position, const QVParseLine &line) const {
         return position + _minimumLength <= line.contentsEnd;
     }
+
 private:
     std::shared_ptr<const QVRegularExpression> _expression;
     const QVUnitMask *_firstUnits;
