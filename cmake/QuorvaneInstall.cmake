@@ -25,8 +25,13 @@ configure_file(${PROJECT_SOURCE_DIR}/Sources/Quorvane/Quorvane.h.in
 install(FILES ${PROJECT_BINARY_DIR}/generated/Quorvane/Quorvane.h
     DESTINATION ${QUORVANE_INSTALL_INCLUDEDIR}/Quorvane COMPONENT Development)
 
-install(TARGETS quorvane EXPORT QuorvaneTargets
+# The helpers for hosts are an archive beside it (`Quorvane::Host`), with headers of their own.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/Sources/Host DESTINATION ${QUORVANE_INSTALL_INCLUDEDIR}
+    COMPONENT Development FILES_MATCHING PATTERN "*.h")
+
+install(TARGETS quorvane quorvane_host_archive EXPORT QuorvaneTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development
     INCLUDES DESTINATION ${QUORVANE_INSTALL_INCLUDEDIR})
 install(EXPORT QuorvaneTargets NAMESPACE Quorvane:: DESTINATION ${QUORVANE_INSTALL_CMAKEDIR}
     COMPONENT Development)

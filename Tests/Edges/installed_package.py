@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """A project outside of the tree builds against the installed package and runs, with CMake and with pkg-config.
 
-Usage: installed_package.py BUILD_FOLDER CONSUMER_FOLDER WORK_FOLDER COMPILER VERSION PUBLIC_HEADER...
+Usage: installed_package.py BUILD_FOLDER CONSUMER_FOLDER SYNTAX_FILE WORK_FOLDER COMPILER VERSION PUBLIC_HEADER...
 """
 
 import os
@@ -30,7 +30,7 @@ def check_output(program, version, environment=None):
 
 
 def main():
-    build, consumer, work, compiler, version, *headers = sys.argv[1:]
+    build, consumer, syntax, work, compiler, version, *headers = sys.argv[1:]
     work = Path(work)
     shutil.rmtree(work, ignore_errors=True)
     first = work / "first"
@@ -41,6 +41,10 @@ def main():
 
     include = prefix / "include" / "quorvane"
     installed = {path.relative_to(include).as_posix() for path in include.rglob("*.h")}
+    # The helpers for hosts come with headers of their own, which are no part of the library.
+    of_host = {header for header in installed if header.startswith("Host/")}
+    expect(of_host, "the helpers for hosts are not installed")
+    installed -= of_host
     umbrella = (include / "Quorvane/Quorvane.h").read_text(encoding="utf-8")
     expect(installed == set(headers) | {"Quorvane/Quorvane.h"},
            f"other headers are installed: {sorted(installed ^ set(headers))}")
@@ -59,6 +63,8 @@ def main():
         stdout=subprocess.DEVNULL)
     run("cmake", "--build", work / "cmake", stdout=subprocess.DEVNULL)
     check_output(work / "cmake" / "consumer", version)
+    tree = run(work / "cmake" / "tree", syntax, stdout=subprocess.PIPE).stdout
+    expect(" settings.root " in tree.splitlines()[0], f"the tree of an empty text is {tree}")
 
     environment = os.environ | {"PKG_CONFIG_PATH": str(library.parent / "pkgconfig")}
     expect(run("pkg-config", "--modversion", "quorvane", env=environment,
