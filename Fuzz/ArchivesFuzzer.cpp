@@ -10,6 +10,8 @@
 #include "Quorvane/Scopes/QVScope.h"
 #include "Quorvane/Selectors/QVSelectorCombinator.h"
 #include "Quorvane/Styles/QVStyle.h"
+#include "Quorvane/Syntaxes/QVGrammar.h"
+#include "Quorvane/Syntaxes/QVSyntax.h"
 
 using namespace quorvane;
 
@@ -30,7 +32,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     if (size == 0)
         return 0;
     const NSData archive(std::vector<std::uint8_t>(data + 1, data + size));
-    switch (data[0] % 6) {
+    switch (data[0] % 8) {
     case 0:
         readAndWrite<QVDetector>(archive);
         break;
@@ -46,8 +48,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     case 4:
         readAndWrite<QVSelectorCombinator>(archive);
         break;
-    default:
+    case 5:
         readAndWrite<QVStyle>(archive);
+        break;
+    case 6:
+        readAndWrite<QVGrammar>(archive);
+        break;
+    default:
+        // Writing a syntax again unpacks its grammar, an archive of its own.
+        readAndWrite<QVSyntax>(archive);
         break;
     }
     return 0;
