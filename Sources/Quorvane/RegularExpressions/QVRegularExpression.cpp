@@ -33,6 +33,11 @@ bool dependsOnTheSearchsStart(std::u16string_view pattern) {
            pattern.find(u"(*") != pattern.npos;
 }
 
+/// Whether the pattern may ask for text behind its match. Looking for the spelling finds a few others too.
+bool looksAhead(std::u16string_view pattern) {
+    return pattern.find(u"(?=") != pattern.npos || pattern.find(u"(?*") != pattern.npos;
+}
+
 } // namespace
 
 bool pcre2JITAvailable() {
@@ -127,10 +132,13 @@ const pcre2_code_16 *QVRegularExpression::anchoredCode() const {
 void QVRegularExpression::readStartingConditions() {
     if (!_canBeRemembered)
         return;
-    // In characters, of which each takes a unit at least.
-    std::uint32_t minimumLength = 0;
-    pcre2_pattern_info_16(_code, PCRE2_INFO_MINLENGTH, &minimumLength);
-    _minimumLength = minimumLength;
+    // In characters, of which each takes a unit at least. The library counts what must be there, so what a
+    // look ahead asks for counts too, but is no part of a match and may lie behind the range's end.
+    if (!looksAhead(_pattern.view())) {
+        std::uint32_t minimumLength = 0;
+        pcre2_pattern_info_16(_code, PCRE2_INFO_MINLENGTH, &minimumLength);
+        _minimumLength = minimumLength;
+    }
     const auto allow = [this](std::uint32_t unit) {
         const std::uint32_t bit = std::min<std::uint32_t>(unit, 255);
         _firstUnits[bit >> 6] |= std::uint64_t(1) << (bit & 63);

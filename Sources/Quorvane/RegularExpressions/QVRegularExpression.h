@@ -144,7 +144,7 @@ public:
         const unsigned bit = unit < 255 ? unit : 255;
         return !_hasFirstUnits || ((_firstUnits[bit >> 6] >> (bit & 63)) & 1) != 0;
     }
-    /// No match is shorter than this, in units.
+    /// No match is shorter than this, in units; 0 where nothing is known.
     NSUInteger minimumLength() const { return _minimumLength; }
     /// Whether a hit found ahead stays the first hit until the position passes its start. Not so where the
     /// pattern asks for the place that the search began at, moves its match's start, or steers the

@@ -326,6 +326,35 @@ TEST(QVRegularExpressionLaw, FirstUnitsNeverRuleOutAMatch) {
     EXPECT_GT(known, drawnPatterns / 8);
 }
 
+// Length
+
+TEST(QVRegularExpression, TheMinimumLengthIsThatOfTheShortestMatch) {
+    EXPECT_EQ(expressionFor(u"abc|de")->minimumLength(), 2u);
+    EXPECT_EQ(expressionFor(u"a{3}b?")->minimumLength(), 3u);
+    EXPECT_EQ(expressionFor(u"a*")->minimumLength(), 0u);
+    EXPECT_EQ(expressionFor(u"(?=abc)")->minimumLength(), 0u);
+    EXPECT_EQ(expressionFor(u"abc\\K")->minimumLength(), 0u);
+}
+
+TEST(QVRegularExpressionLaw, NoMatchIsShorterThanTheMinimumLength) {
+    Drawer drawer(5);
+    for (int round = 0; round < drawnPatterns; ++round) {
+        const NSString pattern = drawer.pattern();
+        const auto expression = QVRegularExpression::regularExpressionWithPattern(pattern, drawer.options());
+        if (!expression || expression->minimumLength() == 0)
+            continue;
+        const std::u16string units = drawer.text(12, drawer.oneIn(2));
+        const GuardedText text(units);
+        for (NSUInteger from = 0; from <= text.length(); ++from) {
+            const auto outcome = search(*expression, text, {from, text.length() - from}, drawer.oneIn(2));
+            if (outcome.kind == QVMatchingOutcome::Hit) {
+                EXPECT_GE(outcome.range.length, expression->minimumLength())
+                    << pattern.UTF8String() << " on " << testing::PrintToString(units) << " from " << from;
+            }
+        }
+    }
+}
+
 // Remembering
 
 TEST(QVRegularExpression, PatternsThatLookAtTheSearchItselfAreNotRemembered) {
