@@ -12,10 +12,10 @@ QVMatchingOutcome QVRememberedSearch::firstHitFrom(NSUInteger from, const QVPars
                                                    std::u16string_view text, std::uint64_t generation,
                                                    QVRegularExpressionMatchContext &context,
                                                    bool interpreted) {
-    // From the middle of a pair the matcher tries the second half as a character of its own, which no search
-    // that began before the pair would.
-    const bool splitsPair = from != 0 && from < text.size() && (text[from] & 0xFC00) == 0xDC00;
-    const bool remembers = _canBeRemembered && !interpreted && !splitsPair;
+    // From within a pair or behind half a character the matcher tries places that no search from before
+    // would.
+    const bool remembers =
+        _canBeRemembered && !interpreted && QVRegularExpression::isSearchBoundary(text.data(), from);
     if (remembers && _generation == generation && _rangeEnd == line.contentsEnd && from >= _searchedFrom &&
         (_outcome.kind == QVMatchingOutcome::Finished || from <= _outcome.range.location))
         return _outcome;
