@@ -22,8 +22,7 @@ QVParse::rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expr
     return search;
 }
 
-const QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &parentScope,
-                                            bool areTemplates) {
+QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates) {
     const bool isRoot = parentScope.type() == QVScopeTypeRoot;
     // A list is the same object for as long as its grammar lives, and the low bit of its address is free for
     // the one thing that changes what is tried.
@@ -52,9 +51,10 @@ const QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope 
 
 bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line,
                             const QVScope &parentScope) {
+    const QVSearchContext context{_text->view(), _pass->generation, *_regexMatchContext, _pass->lineWords};
     while (from <= line.contentsEnd) {
-        const QVMatchingOutcome outcome = stream.search->firstHitFrom(
-            from, line, _text->view(), _pass->generation, *_regexMatchContext, stream.interpreted);
+        const QVMatchingOutcome &outcome =
+            stream.search->firstHitFrom(from, line, context, stream.interpreted);
         stream.interpreted |= outcome.fellBack;
         if (outcome.kind != QVMatchingOutcome::Hit) {
             noteOutcome(*stream.scope, outcome);
@@ -64,9 +64,9 @@ bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &
         if (outcome.range == stream.hit)
             return false;
         stream.hit = outcome.range;
-        if (stream.isCutoff || acceptsHit(*stream.scope, parentScope, outcome.range, line.start))
+        if (stream.isCutoff || acceptsHit(*stream.scope, parentScope, stream.hit, line.start))
             return true;
-        from = NSMaxRange(outcome.range) + (outcome.range.length == 0 ? 1 : 0);
+        from = NSMaxRange(stream.hit) + (stream.hit.length == 0 ? 1 : 0);
     }
     return false;
 }

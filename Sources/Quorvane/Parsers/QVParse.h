@@ -201,7 +201,7 @@ private:
 
     Step matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
                               const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart);
-    const Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates);
+    Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates);
     bool findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope);
     QVScopeMatchReference matchForStream(const Stream &stream, const QVParseLine &line);
     std::shared_ptr<QVRememberedSearch>

@@ -38,6 +38,26 @@ struct QVParse::Plan {
         std::shared_ptr<QVRememberedSearch> search;
     };
     std::vector<Entry> entries;
+
+    /// The entries that may still hit on the line that was last begun, and from where on that holds.
+    std::vector<std::uint32_t> alive;
+    std::uint64_t aliveGeneration = 0;
+    NSUInteger aliveFrom = 0;
+    NSUInteger aliveEnd = 0;
+
+    void beginLine(const QVParseLine &line, std::uint64_t generation) {
+        if (aliveGeneration == generation && aliveEnd == line.contentsEnd && line.start >= aliveFrom) {
+            aliveFrom = line.start;
+            return;
+        }
+        aliveGeneration = generation;
+        aliveEnd = line.contentsEnd;
+        aliveFrom = line.start;
+        alive.clear();
+        for (std::uint32_t index = 0; index < entries.size(); ++index)
+            if (entries[index].search->canStartOnLine(line))
+                alive.push_back(index);
+    }
 };
 
 /// The state of the parser at work, and what it keeps from line to line. Only the writer touches it.
@@ -59,6 +79,7 @@ struct QVParsePass {
     std::unordered_map<const void *, QVParse::Plan> plans;
     /// End patterns made of a template and the text of a region's start; null where they don't compile.
     std::unordered_map<NSString, std::shared_ptr<const QVRegularExpression>> endPatterns;
+    QVLineWords lineWords;
     QVParseLine line;
     NSUInteger lineRangeEnd = 0;
     std::uint64_t lineGeneration = 0;

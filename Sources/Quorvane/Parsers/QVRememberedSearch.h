@@ -9,6 +9,10 @@ class QVRegularExpressionMatchContext;
 /// The units that occur on a stretch of text: one bit for each unit below 255, the last bit for all others.
 using QVUnitMask = std::array<std::uint64_t, 4>;
 
+inline bool QVUnitMasksMeet(const QVUnitMask &a, const QVUnitMask &b) {
+    return ((a[0] & b[0]) | (a[1] & b[1]) | (a[2] & b[2]) | (a[3] & b[3])) != 0;
+}
+
 /// A line as the parser sees it: from some position on it to its contents' end, with its line ending.
 struct QVParseLine {
     NSUInteger start = 0;
@@ -20,6 +24,31 @@ struct QVParseLine {
 
     NSUInteger length() const { return contentsEnd - start; }
     bool hasNewline() const { return newline.location != NSNotFound; }
+    /// Whether all units are below 255.
+    bool isPlain() const { return (units[3] >> 63) == 0; }
+};
+
+/// The whole runs of word units on the current line, found once for all word lists.
+class QVLineWords {
+public:
+    /// The runs that start on the line. `generation` numbers the states of the text.
+    const std::vector<NSRange> &runsOnLine(const QVParseLine &line, std::u16string_view text,
+                                           std::uint64_t generation);
+
+private:
+    std::uint64_t _generation = 0;
+    NSUInteger _start = 0;
+    NSUInteger _contentsEnd = 0;
+    std::vector<NSRange> _runs;
+};
+
+/// What searches on one state of a text share.
+struct QVSearchContext {
+    std::u16string_view text;
+    /// Numbers the states of the text, from 1.
+    std::uint64_t generation;
+    QVRegularExpressionMatchContext &matchContext;
+    QVLineWords &words;
 };
 
 /// One pattern, and what its last search on the current line found. A hit found ahead stays the first hit
@@ -35,22 +64,42 @@ public:
     const std::shared_ptr<const QVRegularExpression> &sharedExpression() const { return _expression; }
 
     /// The first hit that starts at or behind `from`, which lies on the line, and ends on it; what an
-    /// enumeration over the rest of the line would report first. `generation` numbers the states of the text.
-    QVMatchingOutcome firstHitFrom(NSUInteger from, const QVParseLine &line, std::u16string_view text,
-                                   std::uint64_t generation, QVRegularExpressionMatchContext &context,
-                                   bool interpreted);
+    /// enumeration over the rest of the line would report first. Good until the next call.
+    const QVMatchingOutcome &firstHitFrom(NSUInteger from, const QVParseLine &line,
+                                          const QVSearchContext &context, bool interpreted) {
+        // From within a pair or behind half a character the matcher tries places that no search from before
+        // would.
+        if (_generation == context.generation && _rangeEnd == line.contentsEnd && from >= _searchedFrom &&
+            (_outcome.kind == QVMatchingOutcome::Finished || from <= _outcome.range.location) &&
+            !interpreted && QVRegularExpression::isSearchBoundary(context.text.data(), from)) [[likely]]
+            return _outcome;
+        return search(from, line, context, interpreted);
+    }
 
+    /// Whether nothing starts on the line from its start on, as far as is known.
+    bool isExhausted(const QVParseLine &line, std::uint64_t generation) const {
+        return _generation == generation && _rangeEnd == line.contentsEnd && _searchedFrom <= line.start &&
+               _outcome.kind == QVMatchingOutcome::Finished;
+    }
     /// Whether a hit may still start at or behind the position.
     bool canStartAtOrBehind(NSUInteger position, const QVParseLine &line) const {
         return position + _minimumLength <= line.contentsEnd;
     }
+    /// Whether a hit can start with one of the line's units.
+    bool canStartOnLine(const QVParseLine &line) const {
+        return _firstUnits == nullptr || QVUnitMasksMeet(*_firstUnits, line.units);
+    }
 
 private:
+    const QVMatchingOutcome &search(NSUInteger from, const QVParseLine &line, const QVSearchContext &context,
+                                    bool interpreted);
+
     std::shared_ptr<const QVRegularExpression> _expression;
     const QVUnitMask *_firstUnits;
     NSUInteger _minimumLength;
     bool _canBeRemembered;
 
+    /// 0 where nothing is remembered.
     std::uint64_t _generation = 0;
     NSUInteger _rangeEnd = 0;
     NSUInteger _searchedFrom = 0;

@@ -5,6 +5,7 @@
 #include "Platform/Foundation/NSException.h"
 #include "Quorvane/QuorvaneErrors.h"
 #include "Quorvane/RegularExpressions/PCRE2.h"
+#include "Quorvane/RegularExpressions/QVWordList.h"
 
 namespace quorvane {
 
@@ -230,12 +231,17 @@ const NSCodingClass &QVRegularExpression::codingClass() {
 void QVRegularExpression::encodeWithCoder(NSCoder &coder) const {
     coder.encodeString(_pattern, u"pattern");
     coder.encodeInteger(static_cast<NSInteger>(_options), u"options");
+    if (_wordList)
+        coder.encodeStrings(_wordList->words(), u"wordList");
 }
 
 std::shared_ptr<NSSecureCoding> QVRegularExpression::initWithCoder(NSCoder &coder,
                                                                    std::shared_ptr<NSSecureCoding> self) {
     _pattern = coder.decodeString(u"pattern");
     _options = static_cast<QVRegularExpressionOptions>(coder.decodeInteger(u"options"));
+    if (const auto words = coder.decodeStrings(u"wordList"))
+        _wordList =
+            QVWordList::wordListWithWords(*words, (_options & QVRegularExpressionCaseInsensitive) != 0);
     std::shared_ptr<NSError> error;
     if (_pattern && compile(&error))
         return self;

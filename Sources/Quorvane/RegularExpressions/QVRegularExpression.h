@@ -14,6 +14,7 @@ namespace quorvane {
 
 class QVRegularExpressionMatchContext;
 class QVRegularExpressionResult;
+class QVWordList;
 
 /// Compile options: a bit mask whose values are part of archives.
 using QVRegularExpressionOptions = std::uint64_t;
@@ -146,6 +147,11 @@ public:
     }
     /// No match is shorter than this, in units; 0 where nothing is known.
     NSUInteger minimumLength() const { return _minimumLength; }
+    /// The words that matches are, where the pattern was made of a list of them and each match begins with a
+    /// whole run of word units that is one of them; null for all other patterns. Whoever makes the pattern
+    /// sets it, before others use it.
+    const QVWordList *wordList() const { return _wordList.get(); }
+    void setWordList(std::shared_ptr<const QVWordList> wordList) { _wordList = std::move(wordList); }
     /// Whether a hit found ahead stays the first hit until the position passes its start. Not so where the
     /// pattern asks for the place that the search began at, moves its match's start, or steers the
     /// backtracking; nor by a later search that begins where `isSearchBoundary` says no.
@@ -205,6 +211,7 @@ private:
     bool _canBeRemembered = false;
     bool _hasFirstUnits = false;
     NSUInteger _minimumLength = 0;
+    std::shared_ptr<const QVWordList> _wordList;
     std::array<std::uint64_t, 4> _firstUnits{};
 
     mutable std::mutex _namesMutex;

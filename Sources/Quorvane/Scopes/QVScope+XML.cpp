@@ -1,6 +1,7 @@
 #include "Quorvane/Categories/NSString+QuorvaneAdditions.h"
 #include "Quorvane/QuorvaneErrors.h"
 #include "Quorvane/RegularExpressions/QVRegularExpression.h"
+#include "Quorvane/RegularExpressions/QVWordList.h"
 #include "Quorvane/Scopes/QVCapture.h"
 #include "Quorvane/Scopes/QVScope.h"
 #include "Quorvane/Scopes/QVScopeSubsyntaxOptions.h"
@@ -20,7 +21,34 @@ constexpr QVRegularExpressionOptions expressionOptions = wordListOptions | QVReg
 struct Pattern {
     NSString text;
     QVRegularExpressionOptions options = expressionOptions;
+    /// Where the pattern matches whole words of a list only.
+    std::shared_ptr<const QVWordList> wordList = nullptr;
 };
+
+/// Whether pattern text consists of look-aheads alone, which take no text and so leave a word's end where it
+/// was.
+bool isLookAheads(std::u16string_view text) {
+    while (!text.empty()) {
+        if (!text.starts_with(u"(?=") && !text.starts_with(u"(?!"))
+            return false;
+        std::size_t depth = 0;
+        std::size_t index = 0;
+        do {
+            // Classes and quoting have rules of their own for parentheses; what holds them is not looked
+            // into.
+            if (index == text.size() || text[index] == u'[' ||
+                (text[index] == u'\\' && text.substr(index + 1).starts_with(u'Q')))
+                return false;
+            depth += text[index] == u'(';
+            depth -= text[index] == u')';
+            index += text[index] == u'\\' ? 2 : 1;
+            if (index > text.size())
+                return false;
+        } while (depth != 0);
+        text.remove_prefix(index);
+    }
+    return true;
+}
 
 /// The pattern of a "strings" element, nothing where all of its words are empty.
 std::optional<Pattern> patternOfStrings(const QVXMLElement &strings) {
@@ -36,11 +64,15 @@ std::optional<Pattern> patternOfStrings(const QVXMLElement &strings) {
 
     const bool omitsBoundaries = strings.valueForAttribute(u"word-boundary").lowercaseString() == u"false";
     const std::u16string_view boundary = omitsBoundaries ? u"" : u"\\b";
-    return Pattern{NSString::stringWithFormat(u"%@%@(%@)%@%@", boundary,
-                                              strings.valueForAttribute(u"prefix").view(),
-                                              qv_regularExpressionPatternForWordList(words),
-                                              strings.valueForAttribute(u"suffix").view(), boundary),
-                   caseInsensitive ? wordListOptions | QVRegularExpressionCaseInsensitive : wordListOptions};
+    const NSString prefix = strings.valueForAttribute(u"prefix");
+    const NSString suffix = strings.valueForAttribute(u"suffix");
+    Pattern pattern{NSString::stringWithFormat(u"%@%@(%@)%@%@", boundary, prefix.view(),
+                                               qv_regularExpressionPatternForWordList(words), suffix.view(),
+                                               boundary),
+                    caseInsensitive ? wordListOptions | QVRegularExpressionCaseInsensitive : wordListOptions};
+    if (!omitsBoundaries && prefix.length() == 0 && isLookAheads(suffix))
+        pattern.wordList = QVWordList::wordListWithWords(words, caseInsensitive);
+    return pattern;
 }
 
 /// Reads one tree of scopes. A pattern that does not compile need not keep its scope from being made, so an
@@ -94,6 +126,8 @@ private:
             fail(NSString::stringWithFormat(failureFormat, name, place ? place->lineNumber() : 0,
                                             place ? place->columnNumber() : 0),
                  std::move(error));
+        else
+            expression->setWordList(pattern.wordList);
         return expression;
     }
 
