@@ -45,12 +45,14 @@ struct QVParse::Plan {
     NSUInteger aliveFrom = 0;
     NSUInteger aliveEnd = 0;
 
-    void beginLine(const QVParseLine &line, std::uint64_t generation) {
-        if (aliveGeneration == generation && aliveEnd == line.contentsEnd && line.start >= aliveFrom) {
+    void beginLine(const QVParseLine &line, std::u16string_view text, std::uint64_t generation) {
+        const bool isBoundary = QVRegularExpression::isSearchBoundary(text.data(), line.start);
+        if (isBoundary && aliveGeneration == generation && aliveEnd == line.contentsEnd &&
+            line.start >= aliveFrom) {
             aliveFrom = line.start;
             return;
         }
-        aliveGeneration = generation;
+        aliveGeneration = isBoundary ? generation : 0;
         aliveEnd = line.contentsEnd;
         aliveFrom = line.start;
         alive.clear();
