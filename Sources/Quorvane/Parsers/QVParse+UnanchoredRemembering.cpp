@@ -50,8 +50,7 @@ QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &paren
 }
 
 bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line,
-                            const QVScope &parentScope) {
-    const QVSearchContext context{_text->view(), _pass->generation, *_regexMatchContext, _pass->lineWords};
+                            const QVScope &parentScope, const QVSearchContext &context) {
     while (from <= line.contentsEnd) {
         const QVMatchingOutcome &outcome =
             stream.search->firstHitFrom(from, line, context, stream.interpreted);
@@ -64,7 +63,9 @@ bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &
         if (outcome.range == stream.hit)
             return false;
         stream.hit = outcome.range;
-        if (stream.isCutoff || acceptsHit(*stream.scope, parentScope, stream.hit, line.start))
+        // Nearly all hits are single matches of some length, which nothing speaks against.
+        const bool isPlain = stream.hit.length != 0 && stream.scope->type() == QVScopeTypeMatch;
+        if (isPlain || stream.isCutoff || acceptsHit(*stream.scope, parentScope, stream.hit, line.start))
             return true;
         from = NSMaxRange(stream.hit) + (stream.hit.length == 0 ? 1 : 0);
     }
@@ -111,10 +112,11 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
         ~GiveBack() { pool[depth] = std::move(streams); }
     } const giveBack{_pass->streams, streams, depth};
 
+    const QVSearchContext context{_text->view(), _pass->generation, *_regexMatchContext, _pass->lineWords};
     const auto start = [&](const QVScope &candidate, QVRememberedSearch *search, bool isEnd, bool isCutoff,
                            NSUInteger from) {
         Stream stream{&candidate, search, isEnd, isCutoff};
-        if (findCandidate(stream, from, line, scope))
+        if (findCandidate(stream, from, line, scope, context))
             streams.push_back(stream);
     };
     const NSUInteger cutoffFrom = std::max(line.start, cutoffStart);
@@ -153,7 +155,7 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
             while (alive && stream.hit.location < open)
                 alive = stream.search->canStartAtOrBehind(open, line) &&
                         findCandidate(stream, NSMaxRange(stream.hit) + (stream.hit.length == 0 ? 1 : 0), line,
-                                      scope);
+                                      scope, context);
             if (!alive) {
                 streams.erase(streams.begin() + static_cast<std::ptrdiff_t>(index));
                 continue;

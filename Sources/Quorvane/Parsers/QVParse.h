@@ -30,6 +30,7 @@ class QVSyntax;
 struct QVMatchingOutcome;
 struct QVParseLine;
 struct QVParsePass;
+struct QVSearchContext;
 
 enum QVParseConcurrencyType : std::uint64_t {
     /// A concurrent queue of its own.
@@ -202,7 +203,8 @@ private:
     Step matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
                               const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart);
     Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates);
-    bool findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope);
+    bool findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope,
+                       const QVSearchContext &context);
     QVScopeMatchReference matchForStream(const Stream &stream, const QVParseLine &line);
     std::shared_ptr<QVRememberedSearch>
     rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expression);

@@ -139,6 +139,20 @@ NSUInteger clampedEnd(pcre2_match_data_16 *data, const Subject &subject) {
     return vector[1];
 }
 
+/// What one search came to, but for who made it.
+QVMatchingOutcome outcomeOfResult(int result, pcre2_match_data_16 *data, const Subject &subject) {
+    QVMatchingOutcome outcome;
+    if (result >= 0) {
+        const NSUInteger end = clampedEnd(data, subject);
+        outcome.range = QVPCRE2MatchDataRangeAtIndex(data, 0, 0);
+        outcome.kind = end > subject.offsetLimit ? QVMatchingOutcome::Overrun : QVMatchingOutcome::Hit;
+    } else if (result != PCRE2_ERROR_NOMATCH) {
+        outcome.kind = QVMatchingOutcome::Error;
+        outcome.errorCode = result;
+    }
+    return outcome;
+}
+
 /// Finds out, with two marks and no memory, that a sequence has begun to repeat itself.
 class RepetitionDetector {
 public:
@@ -234,6 +248,14 @@ QVMatchingOutcome QVRegularExpression::directSearchInCharacters(const char16_t *
     context.prepareForRegularExpression(*this);
     const Subject subject{characters, length, range.location, NSMaxRange(range)};
     pcre2_set_offset_limit_16(context.matchContext(), subject.offsetLimit);
+    // Millions of searches go this way, and what can't be settled by it is rare.
+    if (_JITEnabled && !interpreted && !subject.endsInHalf) [[likely]] {
+        const int result =
+            pcre2_jit_match_16(_code, pcre2Characters(characters), length, subject.startOffset,
+                               PCRE2_NO_UTF_CHECK, context.matchData(), context.matchContext());
+        if (result != PCRE2_ERROR_JIT_STACKLIMIT) [[likely]]
+            return outcomeOfResult(result, context.matchData(), subject);
+    }
     std::uint32_t options = matchOptions(QVMatchingRangeLimit, _JITEnabled);
     if (interpreted)
         options |= PCRE2_NO_JIT;
@@ -245,16 +267,8 @@ QVMatchingOutcome QVRegularExpression::directSearchInCharacters(const char16_t *
                     options,
                     _JITEnabled && !interpreted};
     const int result = matcher.matchAt(subject.startOffset);
-    QVMatchingOutcome outcome;
+    QVMatchingOutcome outcome = outcomeOfResult(result, matcher.data, subject);
     outcome.fellBack = matcher.fellBack;
-    if (result >= 0) {
-        const NSUInteger end = clampedEnd(matcher.data, subject);
-        outcome.range = QVPCRE2MatchDataRangeAtIndex(matcher.data, 0, 0);
-        outcome.kind = end > subject.offsetLimit ? QVMatchingOutcome::Overrun : QVMatchingOutcome::Hit;
-    } else if (result != PCRE2_ERROR_NOMATCH) {
-        outcome.kind = QVMatchingOutcome::Error;
-        outcome.errorCode = result;
-    }
     return outcome;
 }
 
@@ -267,24 +281,15 @@ QVRegularExpression::directMatchInCharacters(const char16_t *characters, NSUInte
     std::uint32_t options = matchOptions(QVMatchingRangeLimit, _JITEnabled);
     int result = PCRE2_ERROR_JIT_STACKLIMIT;
     if (const pcre2_code_16 *const compiled = _JITEnabled ? anchoredCode() : nullptr)
-        result = pcre2_jit_match_16(compiled, pcre2Characters(characters), length, range.location, options,
-                                    context.matchData(), context.matchContext());
+        result = pcre2_match_16(compiled, pcre2Characters(characters), length, range.location, options,
+                                context.matchData(), context.matchContext());
     // The plain attempt is always interpreted, so nobody needs to be told when the interpreter takes over.
     if (result == PCRE2_ERROR_JIT_STACKLIMIT) {
         options |= PCRE2_ANCHORED;
         result = Matcher{*this, _code, subject, context.matchData(), context.matchContext(), options, false}
                      .matchAt(range.location);
     }
-    QVMatchingOutcome outcome;
-    if (result >= 0) {
-        const NSUInteger end = clampedEnd(context.matchData(), subject);
-        outcome.range = QVPCRE2MatchDataRangeAtIndex(context.matchData(), 0, 0);
-        outcome.kind = end > subject.offsetLimit ? QVMatchingOutcome::Overrun : QVMatchingOutcome::Hit;
-    } else if (result != PCRE2_ERROR_NOMATCH) {
-        outcome.kind = QVMatchingOutcome::Error;
-        outcome.errorCode = result;
-    }
-    return outcome;
+    return outcomeOfResult(result, context.matchData(), subject);
 }
 
 void QVRegularExpression::enumerateMatchesInString(const NSString &string, QVMatchingOptions matchingOptions,
