@@ -1,7 +1,7 @@
 # The front door. `make demo` and `make test` do everything from a fresh clone; HACKING.md tells the rest.
 JOBS ?= $(shell nproc)
 # What the demonstration shows: any source file in a language that stands under Packages/.
-FILE ?= Sources/Platform/Dispatch/MainQueue.cpp
+FILE ?= Tests/Corpus/javascript/sample/text.js
 FUZZ_SECONDS ?= 60
 
 .PHONY: help demo test asan tsan bench fuzz install-dependencies clean
