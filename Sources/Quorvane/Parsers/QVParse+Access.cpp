@@ -153,10 +153,19 @@ void QVParse::performWritingWithTimeoutAndWait(double timeout, QVBlock<void()> b
 void QVParse::cancelParsing() {
     if (_cancelled.exchange(true, std::memory_order_relaxed))
         return;
-    performWritingBlock([parse = self()] {
+    performWritingBlockBehindParse([parse = self()] {
         parse->clearAllMatches();
         parse->_cancelled.store(false, std::memory_order_relaxed);
     });
+}
+
+void QVParse::performWritingBlockBehindParse(std::function<void()> block) {
+    // A delegate that is told something in the middle of a parse may well cancel it; done at once, that would
+    // take the tree and the resolved includes away from under the parser.
+    if (isParsing() && isOnQueue())
+        dispatch_barrier_async(_updateQueue, [parse = self(), block = std::move(block)] { block(); });
+    else
+        performWritingBlock(std::move(block));
 }
 
 } // namespace quorvane

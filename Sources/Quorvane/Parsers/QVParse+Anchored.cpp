@@ -68,7 +68,7 @@ NSRange whitespaceAt(std::u16string_view text, NSUInteger location, NSUInteger e
 QVMatchingOutcome QVParse::attemptAnchored(const std::shared_ptr<const QVRegularExpression> &expression,
                                            NSRange parseRange) {
     const std::u16string_view text = _text->view();
-    if (_remembersSearches && !_performanceCollectionEnabled) {
+    if (remembersSearches() && !isPerformanceCollectionEnabled()) {
         const NSUInteger location = parseRange.location;
         if (location < text.size() && !expression->canStartWithUnit(text[location]))
             return {};
@@ -142,9 +142,7 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstResolvedScope(const QVScope &
 }
 
 bool QVParse::cameToNothing(const QVScope &scope, NSUInteger location) {
-    if (_pass->emptyRegionsLocation != location ||
-        std::find(_pass->emptyRegions.begin(), _pass->emptyRegions.end(), &scope) ==
-            _pass->emptyRegions.end())
+    if (!_pass->emptyRegions.contains({&scope, location}))
         return false;
     logDiagnosticMessage(
         NSString::stringWithFormat(u"Encountered an infinitely-recursive parse for scope: %@; Ignoring",
@@ -154,11 +152,7 @@ bool QVParse::cameToNothing(const QVScope &scope, NSUInteger location) {
 }
 
 void QVParse::noteRegionThatCameToNothing(const QVScope &scope, NSUInteger location) {
-    if (_pass->emptyRegionsLocation != location) {
-        _pass->emptyRegionsLocation = location;
-        _pass->emptyRegions.clear();
-    }
-    _pass->emptyRegions.push_back(&scope);
+    _pass->emptyRegions.insert({&scope, location});
 }
 
 QVScopeMatchReference QVParse::matchAnchoredStep(QVScopeMatch *match, AnchoredSequence &sequence,

@@ -1,5 +1,6 @@
 // Which match lies at or before a location, and which syntax is in force there.
 
+#include "Platform/Foundation/NSAssertionHandler.h"
 #include "Platform/Foundation/NSCharacterSet.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
 #include "Quorvane/Parsers/QVParse.h"
@@ -155,6 +156,9 @@ void QVParse::enumerateEffectiveSyntaxesForMatch(
     const QVMatch *match, NSUInteger location,
     QVBlock<void(const std::shared_ptr<QVSyntax> &syntax, const QVMatch *match, bool &stop)> usingBlock)
     const {
+    QVParameterAssert(static_cast<bool>(usingBlock), "block != nil");
+    if (!usingBlock)
+        return;
     bool stop = false;
     const QVScopeMatch *const scopeMatch = match ? match->asScopeMatch() : nullptr;
     if (location != NSNotFound && scopeMatch != nullptr && scopeMatch->scope()->definesSubsyntax()) {
@@ -183,7 +187,9 @@ std::shared_ptr<QVSyntax> QVParse::syntaxForMatch(const QVMatch *match, NSUInteg
 }
 
 NSRange QVParse::rangeOfUTF16CharacterFromSet(const NSCharacterSet &set, NSRange range) const {
-    const NSUInteger end = std::min<NSUInteger>(NSMaxRange(range), _text->length());
+    if (range.location >= _text->length())
+        return NSNotFoundRange;
+    const NSUInteger end = range.location + std::min(range.length, _text->length() - range.location);
     for (NSUInteger location = range.location; location < end; ++location)
         if (set.characterIsMember(_text->characters()[location]))
             return {location, 1};

@@ -21,7 +21,7 @@ NSRange QVParse::replaceCharactersInRange(NSRange range, std::u16string_view wit
     _text->replaceCharactersInRange(range, withString);
     // What was remembered belonged to the text before.
     ++_pass->generation;
-    _pass->emptyRegionsLocation = NSNotFound;
+    _pass->emptyRegions.clear();
     const NSUInteger length = _text->length();
     if (length == 0) {
         clearAllMatches();

@@ -12,7 +12,7 @@ void QVParse::parseUnanchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMat
     const bool isRoot = match->scope()->type() == QVScopeTypeRoot;
     const NSUInteger cutoffStart = isRoot ? 0 : NSMaxRange(match->range());
     // Traces count and time each attempt, so with them each one is made.
-    const bool remembering = _remembersSearches && !_performanceCollectionEnabled;
+    const bool remembering = remembersSearches() && !isPerformanceCollectionEnabled();
     const NSUInteger end = NSMaxRange(range);
     NSUInteger location = range.location;
     while (!isCancelled() && location < end) {

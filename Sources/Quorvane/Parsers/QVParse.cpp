@@ -77,7 +77,6 @@ QVParse::QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity,
     _whitespaceScope = synthetic(QVScopeTypeWhitespace, u"%@.whitespace");
     _newlineScope = synthetic(QVScopeTypeNewline, u"%@.newline");
     _rootMatch = QVScopeMatch::initWithScope(_rootScope.get(), *_matchPool);
-    _bracketLocationsByDepth.emplace();
 }
 
 QVParse::~QVParse() = default;
@@ -87,6 +86,16 @@ std::shared_ptr<QVParse> QVParse::self() { return std::static_pointer_cast<QVPar
 std::u16string_view QVParse::string() const { return _text->view(); }
 NSUInteger QVParse::stringCapacity() const { return _text->capacity(); }
 std::size_t QVParse::treeBytes() const { return _matchPool->reservedBytes(); }
+
+std::shared_ptr<QVParseDelegate> QVParse::delegate() const {
+    const std::lock_guard guard(_delegateMutex);
+    return _delegate.lock();
+}
+
+void QVParse::setDelegate(const std::shared_ptr<QVParseDelegate> &delegate) {
+    const std::lock_guard guard(_delegateMutex);
+    _delegate = delegate;
+}
 
 void QVParse::setBracketLocationsByDepth(std::optional<std::vector<NSIndexSet>> locations) {
     _bracketLocationsByDepth = std::move(locations);
@@ -103,7 +112,12 @@ void QVParse::clearAllMatches() {
 }
 
 void QVParse::packagesWillUnload() {
-    performWritingBlock([parse = self()] { parse->_pass->forgetResolvedScopes(); });
+    performWritingBlockBehindParse([parse = self()] {
+        parse->_pass->forgetResolvedScopes();
+        // Known by their addresses, which scopes of other packages may get next.
+        parse->_pass->scopesWithLoggedErrors.clear();
+        parse->_pass->includesWithLoggedCycles.clear();
+    });
 }
 
 void QVParse::pinGrammar(const std::shared_ptr<QVGrammar> &grammar) {
@@ -134,7 +148,7 @@ void QVParse::recordPerformanceOfScope(const QVScope &scope, double timeInterval
 }
 
 void QVParse::logDiagnosticMessage(const NSString &message, NSUInteger level) {
-    const auto delegate = _delegate.lock();
+    const auto delegate = this->delegate();
     if (!delegate || !delegate->parseLogDiagnosticMessage(*this, message, level))
         NSLog(u"%@", message);
 }

@@ -8,6 +8,7 @@
 #include "Quorvane/Matches/QVScopeMatch.h"
 
 #include <atomic>
+#include <mutex>
 #include <optional>
 #include <unordered_set>
 
@@ -80,28 +81,36 @@ public:
     bool isCancelled() const { return _cancelled.load(std::memory_order_relaxed); }
     bool isParsing() const { return _parsing.load(std::memory_order_relaxed); }
 
-    // Settings
+    // Settings. Any thread, also while a parse runs, which takes them up as it goes on.
 
     QVParseConcurrencyType concurrencyType() const { return _concurrencyType; }
     const std::shared_ptr<QVSyntax> &syntax() const { return _syntax; }
     /// Not owned; null where there is none.
-    std::shared_ptr<QVParseDelegate> delegate() const { return _delegate.lock(); }
-    void setDelegate(const std::shared_ptr<QVParseDelegate> &delegate) { _delegate = delegate; }
+    std::shared_ptr<QVParseDelegate> delegate() const;
+    void setDelegate(const std::shared_ptr<QVParseDelegate> &delegate);
     /// In columns.
-    NSUInteger tabWidth() const { return _tabWidth; }
-    void setTabWidth(NSUInteger tabWidth) { _tabWidth = tabWidth; }
+    NSUInteger tabWidth() const { return _tabWidth.load(std::memory_order_relaxed); }
+    void setTabWidth(NSUInteger tabWidth) { _tabWidth.store(tabWidth, std::memory_order_relaxed); }
     /// In units; no pattern runs on a longer line. 0 means no limit.
-    NSUInteger maximumLineLength() const { return _maximumLineLength; }
-    void setMaximumLineLength(NSUInteger length) { _maximumLineLength = length; }
-    bool isPerformanceCollectionEnabled() const { return _performanceCollectionEnabled; }
-    void setPerformanceCollectionEnabled(bool enabled) { _performanceCollectionEnabled = enabled; }
+    NSUInteger maximumLineLength() const { return _maximumLineLength.load(std::memory_order_relaxed); }
+    void setMaximumLineLength(NSUInteger length) {
+        _maximumLineLength.store(length, std::memory_order_relaxed);
+    }
+    bool isPerformanceCollectionEnabled() const {
+        return _performanceCollectionEnabled.load(std::memory_order_relaxed);
+    }
+    void setPerformanceCollectionEnabled(bool enabled) {
+        _performanceCollectionEnabled.store(enabled, std::memory_order_relaxed);
+    }
     /// What new parses start with. Any thread.
     static bool isGlobalPerformanceCollectionEnabled();
     static void setGlobalPerformanceCollectionEnabled(bool enabled);
     /// Whether searches are remembered along a line. On by default; off, every search is made afresh, which
     /// gives the same tree and is kept to compare with.
-    bool remembersSearches() const { return _remembersSearches; }
-    void setRemembersSearches(bool remembers) { _remembersSearches = remembers; }
+    bool remembersSearches() const { return _remembersSearches.load(std::memory_order_relaxed); }
+    void setRemembersSearches(bool remembers) {
+        _remembersSearches.store(remembers, std::memory_order_relaxed);
+    }
 
     // Contents
 
@@ -163,6 +172,8 @@ private:
 
     // Access
     bool isOnQueue() const;
+    /// As `performWritingBlock`, but never inside of a parse that is under way.
+    void performWritingBlockBehindParse(std::function<void()> block);
     void runWriter(double timeout, QVBlock<void()> block, const std::function<void()> &expirationHandler);
     void packagesWillUnload();
 
@@ -266,6 +277,7 @@ private:
     dispatch_queue_t _updateQueue;
     std::shared_ptr<QVSyntax> _syntax;
     std::shared_ptr<QVGrammar> _grammar;
+    mutable std::mutex _delegateMutex;
     std::weak_ptr<QVParseDelegate> _delegate;
     std::unique_ptr<QVParseText> _text;
     std::shared_ptr<QVScope> _rootScope;
@@ -284,10 +296,10 @@ private:
     NSNotificationToken _unloadToken;
     std::atomic<bool> _parsing = false;
     std::atomic<bool> _cancelled = false;
-    bool _performanceCollectionEnabled;
-    bool _remembersSearches = true;
-    NSUInteger _tabWidth = 4;
-    NSUInteger _maximumLineLength = 0;
+    std::atomic<bool> _performanceCollectionEnabled;
+    std::atomic<bool> _remembersSearches = true;
+    std::atomic<NSUInteger> _tabWidth = 4;
+    std::atomic<NSUInteger> _maximumLineLength = 0;
 };
 
 } // namespace quorvane

@@ -7,6 +7,7 @@
 #include "Quorvane/Syntaxes/QVGrammar.h"
 
 #include <chrono>
+#include <set>
 
 namespace quorvane {
 
@@ -89,9 +90,9 @@ struct QVParsePass {
     std::vector<std::vector<QVParse::Stream>> streams;
 
     /// Anchored regions that came to nothing at a place: tried there again, they would come to nothing for
-    /// ever.
-    NSUInteger emptyRegionsLocation = NSNotFound;
-    std::vector<const QVScope *> emptyRegions;
+    /// ever. All places count, for a region can run far ahead, over others that come to nothing, before it
+    /// comes to nothing itself.
+    std::set<std::pair<const QVScope *, NSUInteger>> emptyRegions;
 
     /// Grammars that the tree has nodes of.
     std::vector<std::shared_ptr<QVGrammar>> pinnedGrammars;
@@ -108,7 +109,8 @@ struct QVParsePass {
 };
 
 inline bool QVParse::isTooLong(const QVParseLine &line) const {
-    return _maximumLineLength != 0 && line.length() > _maximumLineLength;
+    const NSUInteger limit = maximumLineLength();
+    return limit != 0 && line.length() > limit;
 }
 
 /// Cut-offs mean nothing in the root, which nothing ends.
@@ -153,7 +155,7 @@ template <typename Body> void QVParse::forEachCutoff(Body body) {
 
 /// Runs an attempt, which answers whether it made a match, and takes its time where traces are asked for.
 template <typename Attempt> void QVParse::traceAttempt(const QVScope &scope, Attempt attempt) {
-    if (!_performanceCollectionEnabled) {
+    if (!isPerformanceCollectionEnabled()) {
         attempt();
         return;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/NSException.h"
 #include "Platform/Foundation/NSRange.h"
 
 #include <string>
@@ -24,7 +25,12 @@ public:
     NSUInteger capacity() const { return _storage.capacity() - 1; }
     std::u16string_view view() const { return {characters(), length()}; }
 
+    /// Throws `NSRangeException` when the range leaves the text.
     void replaceCharactersInRange(NSRange range, std::u16string_view withString) {
+        if (range.location > length() || range.length > length() - range.location)
+            throw NSException(
+                NSRangeException,
+                NSString::stringWithFormat(u"Range %@ is outside of a text of length %lu", range, length()));
         _storage.replace(range.location + 1, range.length, withString);
     }
 
