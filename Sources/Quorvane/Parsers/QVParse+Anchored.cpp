@@ -3,6 +3,7 @@
 
 #include "Platform/Foundation/NSCharacterSet.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
+#include "Quorvane/Parsers/QVAnchoredSequence.h"
 #include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseText.h"
 #include "Quorvane/RegularExpressions/QVRegularExpressionMatchContext.h"
@@ -10,47 +11,6 @@
 #include "Quorvane/Scopes/QVScopeSubsyntaxOptions.h"
 
 namespace quorvane {
-
-/// Where a region stands in its sequence: which subscope is to come, and whether it came already and may come
-/// again.
-struct QVParse::AnchoredSequence {
-    const Scopes &scopes;
-    NSUInteger index = 0;
-    bool repeated = false;
-
-    const std::shared_ptr<QVScope> &current() const {
-        static const std::shared_ptr<QVScope> none;
-        return index < scopes.size() ? scopes[index] : none;
-    }
-    void advance() {
-        ++index;
-        repeated = false;
-    }
-
-    /// Brings the sequence to where the first matches of a region that was parsed before have left it.
-    void replay(QVSubmatches submatches, NSUInteger count, const QVScope *newlineScope,
-                const QVScope *whitespaceScope) {
-        for (NSUInteger element = 0; element < count && element < submatches.count(); ++element) {
-            const QVScope *const scope = submatches[element]->scope();
-            if (scope == newlineScope || scope == whitespaceScope || scope->isTemplateScope())
-                continue;
-            const NSUInteger matchedAt = submatches[element]->anchoredMatchIdx();
-            if (repeated && matchedAt != index)
-                advance();
-            while (current() && matchedAt != index) {
-                if (!current()->isOptional())
-                    return;
-                ++index;
-            }
-            if (!current())
-                continue;
-            if (current()->isRepeating())
-                repeated = true;
-            else
-                ++index;
-        }
-    }
-};
 
 namespace {
 
@@ -155,7 +115,7 @@ void QVParse::noteRegionThatCameToNothing(const QVScope &scope, NSUInteger locat
     _pass->emptyRegions.insert({&scope, location});
 }
 
-QVScopeMatchReference QVParse::matchAnchoredStep(QVScopeMatch *match, AnchoredSequence &sequence,
+QVScopeMatchReference QVParse::matchAnchoredStep(QVScopeMatch *match, QVAnchoredSequence &sequence,
                                                  NSRange rest) {
     const QVScope &scope = *match->scope();
     const bool isRoot = scope.type() == QVScopeTypeRoot;
@@ -222,7 +182,7 @@ void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatch
     const QVScope &scope = *match->scope();
     const NSUInteger end = NSMaxRange(range);
     const std::u16string_view text = _text->view();
-    AnchoredSequence sequence{scopes};
+    QVAnchoredSequence sequence(scopes);
     if (insertionIndex > 0)
         sequence.replay(match->submatches(), insertionIndex, _newlineScope.get(), _whitespaceScope.get());
 
@@ -243,13 +203,12 @@ void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatch
         while (true) {
             const NSRange rest{location, lineEnd - location};
             const bool wasLazySkip = std::exchange(skippedLazily, false);
-            const AnchoredSequence before = sequence;
+            const QVAnchoredSequence before = sequence;
             QVScopeMatchReference found = matchAnchoredStep(match, sequence, rest);
             if (!found && scope.whitespaceSkipBehavior() == QVWhitespaceSkipLazy && !wasLazySkip) {
                 if (const NSRange blanks = whitespaceAt(text, location, lineEnd); blanks.length != 0) {
                     found = newMatch(_whitespaceScope.get(), blanks);
-                    sequence.index = before.index;
-                    sequence.repeated = before.repeated;
+                    sequence = before;
                     skippedLazily = true;
                 }
             }

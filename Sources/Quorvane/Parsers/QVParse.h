@@ -29,6 +29,7 @@ class QVRememberedSearch;
 class QVScope;
 class QVSyntax;
 struct QVMatchingOutcome;
+struct QVAnchoredSequence;
 struct QVParseLine;
 struct QVParsePass;
 struct QVSearchContext;
@@ -238,7 +239,6 @@ private:
     template <typename Attempt> void traceAttempt(const QVScope &scope, Attempt attempt);
 
     // Anchored matching
-    struct AnchoredSequence;
     void parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree,
                                           const Scopes &scopes, NSRange range, NSUInteger insertionIndex);
     QVScopeMatchReference matchAnchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *parentMatch,
@@ -248,7 +248,7 @@ private:
                                                     std::unordered_set<const QVScope *> &includesAttempted);
     QVScopeMatchReference matchAnchoredAgainstResolvedScope(const QVScope &scope, const QVScope &parentScope,
                                                             NSRange parseRange);
-    QVScopeMatchReference matchAnchoredStep(QVScopeMatch *match, AnchoredSequence &sequence, NSRange rest);
+    QVScopeMatchReference matchAnchoredStep(QVScopeMatch *match, QVAnchoredSequence &sequence, NSRange rest);
     QVScopeMatchReference matchAnchoredAgainstAncestors(NSRange rest);
     /// Whether this anchored region was tried at this place before and came to nothing; then the try is a
     /// miss.
