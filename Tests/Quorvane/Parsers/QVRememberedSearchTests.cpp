@@ -14,7 +14,8 @@ QVMatchingOutcome hitFrom(QVRememberedSearch &search, std::u16string_view text, 
     QVParseLine line;
     line.contentsEnd = text.size();
     line.units = {~0ull, ~0ull, ~0ull, ~0ull};
-    return search.firstHitFrom(from, line, text, 1, context, false);
+    QVLineWords words;
+    return search.firstHitFrom(from, line, {text, 1, context, words}, false);
 }
 
 } // namespace
@@ -51,6 +52,7 @@ TEST(QVRememberedSearch, ALookAheadReachesBehindTheLine) {
     line.contentsEnd = 2;
     line.newline = {2, 1};
     line.units = {~0ull, ~0ull, ~0ull, ~0ull};
-    EXPECT_EQ(search.firstHitFrom(0, line, text, 1, context, false).range, (NSRange{2, 0}));
+    QVLineWords words;
+    EXPECT_EQ(search.firstHitFrom(0, line, {text, 1, context, words}, false).range, (NSRange{2, 0}));
     EXPECT_TRUE(search.canStartAtOrBehind(2, line));
 }
