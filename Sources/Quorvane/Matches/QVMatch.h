@@ -141,17 +141,19 @@ protected:
     QVMatch *_nextSibling = nullptr;
     QVMatch *_previousSibling = nullptr;
     std::uint32_t _retainCount = 0;
-    // The flags share the count's word, so that they cost nothing.
-    bool _hasCaptures : 1 = false;
-    bool _hasSubmatches : 1 = false;
-    bool _hasSymbol : 1 = false;
-    bool _start : 1 = false;
-    bool _end : 1 = false;
+    // All of these share one word.
+    std::uint32_t _hasCaptures : 1 = 0;
+    std::uint32_t _hasSubmatches : 1 = 0;
+    std::uint32_t _hasSymbol : 1 = 0;
+    std::uint32_t _start : 1 = 0;
+    std::uint32_t _end : 1 = 0;
     /// Marks of the incremental reparse.
-    bool _skipForBumping : 1 = false;
-    bool _inserted : 1 = false;
-    bool _hasAssociation : 1 = false;
-    const bool _isScopeMatch : 1;
+    std::uint32_t _skipForBumping : 1 = 0;
+    std::uint32_t _inserted : 1 = 0;
+    std::uint32_t _hasAssociation : 1 = 0;
+    const std::uint32_t _isScopeMatch : 1;
+    std::uint32_t _anchoredMatchIdx : 23 = noAnchoredMatchIdx;
+    static constexpr std::uint32_t noAnchoredMatchIdx = (1u << 23) - 1;
 
 private:
     static void destroy(QVMatch *match);

@@ -10,7 +10,7 @@
 namespace quorvane {
 
 // A plain match is one piece of memory, whatever the language; the records' sizes are what their fields need.
-static_assert(sizeof(QVScopeMatch) <= 80);
+static_assert(sizeof(QVScopeMatch) <= 72);
 static_assert(sizeof(QVScopeMatchStorage) == 8);
 static_assert(sizeof(QVScopeMatchRegionStorage) == 56);
 static_assert(sizeof(QVScopeMatchSymbolStorage) == 64);

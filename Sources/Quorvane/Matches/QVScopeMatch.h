@@ -93,8 +93,9 @@ public:
         return _anchoredMatchIdx == noAnchoredMatchIdx ? NSNotFound : _anchoredMatchIdx;
     }
     void setAnchoredMatchIdx(NSUInteger index) {
-        _anchoredMatchIdx =
-            index >= noAnchoredMatchIdx ? noAnchoredMatchIdx : static_cast<std::uint32_t>(index);
+        _anchoredMatchIdx = index >= noAnchoredMatchIdx
+                                ? noAnchoredMatchIdx
+                                : static_cast<std::uint32_t>(index) & noAnchoredMatchIdx;
     }
 
     /// Null where there are none. Setting asserts that the match can hold them, unless nothing is set.
@@ -156,7 +157,6 @@ public:
 
 private:
     friend class QVMatch;
-    static constexpr std::uint32_t noAnchoredMatchIdx = UINT32_MAX;
 
     explicit QVScopeMatch(const QVScope *scope, QVMatchPool &pool);
     ~QVScopeMatch();
@@ -173,7 +173,6 @@ private:
     void link(QVScopeMatch *submatch, NSUInteger atIndex);
     void unlink(QVScopeMatch *submatch);
 
-    std::uint32_t _anchoredMatchIdx = noAnchoredMatchIdx;
     const QVScope *_scope;
     QVScopeMatchStorage *_storage = nullptr;
 };
