@@ -28,7 +28,8 @@ NSRange whitespaceAt(std::u16string_view text, NSUInteger location, NSUInteger e
 QVMatchingOutcome QVParse::attemptAnchored(const std::shared_ptr<const QVRegularExpression> &expression,
                                            NSRange parseRange) {
     const std::u16string_view text = _text->view();
-    if (remembersSearches() && !isPerformanceCollectionEnabled()) {
+    // Over half a character the two forms may take different steps.
+    if (remembersSearches() && !isPerformanceCollectionEnabled() && !_pass->line.hasHalfCharacters) {
         const NSUInteger location = parseRange.location;
         if (location < text.size() && !expression->canStartWithUnit(text[location]))
             return {};

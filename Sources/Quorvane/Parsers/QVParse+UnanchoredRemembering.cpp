@@ -63,6 +63,7 @@ bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &
         if (outcome.range == stream.hit)
             return false;
         stream.hit = outcome.range;
+        stream.searchedFrom = from;
         // Nearly all hits are single matches of some length, which nothing speaks against.
         const bool isPlain = stream.hit.length != 0 && stream.scope->type() == QVScopeTypeMatch;
         if (isPlain || stream.isCutoff || acceptsHit(*stream.scope, parentScope, stream.hit, line.start))
@@ -79,12 +80,14 @@ QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVPars
             ? scope.type() == QVScopeTypeStartEnd && !scope.endCaptures().empty()
             : !scope.captures().empty() || !scope.endCaptures().empty() || keepsStartResult(scope);
     // The groups of a hit that was found ahead are gone: the match data belongs to the last search. Searched
-    // for at its own place, the hit comes out the same.
+    // for at its own place, the hit comes out the same, but for patterns that ask where the search began or
+    // move their match's start.
     QVPCRE2MatchData *matchData = nullptr;
     if (needsGroups) {
-        const QVMatchingOutcome outcome = stream.search->expression().directSearchInCharacters(
-            _text->characters(), _text->length(),
-            {stream.hit.location, line.contentsEnd - stream.hit.location}, *_regexMatchContext,
+        const QVRegularExpression &expression = stream.search->expression();
+        const NSUInteger from = expression.canBeRemembered() ? stream.hit.location : stream.searchedFrom;
+        const QVMatchingOutcome outcome = expression.directSearchInCharacters(
+            _text->characters(), _text->length(), {from, line.contentsEnd - from}, *_regexMatchContext,
             stream.interpreted);
         if (outcome.kind == QVMatchingOutcome::Hit && outcome.range == stream.hit)
             matchData = _regexMatchContext->matchData();

@@ -30,6 +30,8 @@ struct QVParse::Stream {
     bool isCutoff;
     bool interpreted = false;
     NSRange hit = NSNotFoundRange;
+    /// Where the search for the hit began.
+    NSUInteger searchedFrom = 0;
 };
 
 /// The patterns of a list of scopes, includes expanded, each once, in the order of preference.

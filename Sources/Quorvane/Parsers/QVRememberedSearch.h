@@ -21,6 +21,8 @@ struct QVParseLine {
     NSRange newline = NSNotFoundRange;
     /// The units from `start` up to and including the one at `contentsEnd`.
     QVUnitMask units{};
+    /// Whether a surrogate stands alone among them.
+    bool hasHalfCharacters = false;
 
     NSUInteger length() const { return contentsEnd - start; }
     bool hasNewline() const { return newline.location != NSNotFound; }
