@@ -170,7 +170,7 @@ void dispatch_after(dispatch_time_t when, const dispatch_queue_t &queue, dispatc
         return;
     auto wait = std::make_shared<boost::asio::steady_timer>(TimerThread::context(), when);
     boost::asio::post(TimerThread::context(), [wait, queue, block = std::move(block)]() mutable {
-        wait->async_wait([wait, queue = std::move(queue), block = std::move(block)](auto) mutable {
+        wait->async_wait([wait, queue, block = std::move(block)](auto) mutable {
             dispatch_async(queue, std::move(block));
         });
     });

@@ -22,6 +22,10 @@ NSRange QVParse::replaceCharactersInRange(NSRange range, std::u16string_view wit
     // What was remembered belonged to the text before.
     ++_pass->generation;
     _pass->emptyRegions.clear();
+    // A parse that something threw out of left these as they were.
+    _pass->parseStackMatches.clear();
+    _pass->subsyntaxAncestors.clear();
+    _pass->isInTemplateScope = false;
     const NSUInteger length = _text->length();
     if (length == 0) {
         clearAllMatches();
