@@ -139,6 +139,13 @@ NSUInteger clampedEnd(pcre2_match_data_16 *data, const Subject &subject) {
     return vector[1];
 }
 
+/// Whether a pattern has moved its match's start behind the match's end or before the place that the search
+/// began at, which only assertions that call a group with "\K" can do. Such a match is none: it has no range.
+bool isCrossed(pcre2_match_data_16 *data, NSUInteger searchedFrom) {
+    const PCRE2_SIZE *vector = pcre2_get_ovector_pointer_16(data);
+    return vector[0] > vector[1] || vector[0] < searchedFrom;
+}
+
 /// What one search came to, but for who made it.
 QVMatchingOutcome outcomeOfResult(int result, pcre2_match_data_16 *data, const Subject &subject) {
     QVMatchingOutcome outcome;
@@ -224,6 +231,12 @@ QVMatchingOutcome QVRegularExpression::enumerateMatchesInCharacters(
             outcome.kind = QVMatchingOutcome::Overrun;
             break;
         }
+        if (isCrossed(matcher.data, offset)) [[unlikely]] {
+            if (anchored)
+                break;
+            offset = std::max(offset, end) + 1;
+            continue;
+        }
         const NSRange hit = QVPCRE2MatchDataRangeAtIndex(matcher.data, 0, 0);
         // The next offset can lie before an earlier hit (see below); a hit that comes back would come back
         // for ever.
@@ -245,6 +258,20 @@ QVMatchingOutcome QVRegularExpression::directSearchInCharacters(const char16_t *
                                                                 NSRange range,
                                                                 QVRegularExpressionMatchContext &context,
                                                                 bool interpreted) const {
+    if (!_canBeRemembered) [[unlikely]] {
+        NSRange hit = NSNotFoundRange;
+        QVMatchingOutcome outcome =
+            enumerateMatchesInCharacters(characters, length, QVMatchingRangeLimit, range, &context,
+                                         [&hit](QVPCRE2MatchData *matchData, NSUInteger, bool &stop) {
+                                             hit = QVPCRE2MatchDataRangeAtIndex(matchData, 0, 0);
+                                             stop = true;
+                                         });
+        if (hit.location != NSNotFound) {
+            outcome.kind = QVMatchingOutcome::Hit;
+            outcome.range = hit;
+        }
+        return outcome;
+    }
     context.prepareForRegularExpression(*this);
     const Subject subject{characters, length, range.location, NSMaxRange(range)};
     pcre2_set_offset_limit_16(context.matchContext(), subject.offsetLimit);
@@ -289,6 +316,8 @@ QVRegularExpression::directMatchInCharacters(const char16_t *characters, NSUInte
         result = Matcher{*this, _code, subject, context.matchData(), context.matchContext(), options, false}
                      .matchAt(range.location);
     }
+    if (result >= 0 && isCrossed(context.matchData(), range.location)) [[unlikely]]
+        return {};
     return outcomeOfResult(result, context.matchData(), subject);
 }
 

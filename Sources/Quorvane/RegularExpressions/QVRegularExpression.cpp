@@ -133,6 +133,9 @@ const pcre2_code_16 *QVRegularExpression::anchoredCode() const {
 void QVRegularExpression::readStartingConditions() {
     if (!_canBeRemembered)
         return;
+    std::uint32_t canMatchEmptyText = 1;
+    pcre2_pattern_info_16(_code, PCRE2_INFO_MATCHEMPTY, &canMatchEmptyText);
+    _canMatchEmptyText = canMatchEmptyText != 0;
     // In characters, of which each takes a unit at least. The library counts what must be there, so what a
     // look ahead asks for counts too, but is no part of a match and may lie behind the range's end.
     if (!looksAhead(_pattern.view())) {

@@ -147,6 +147,8 @@ public:
     }
     /// No match is shorter than this, in units; 0 where nothing is known.
     NSUInteger minimumLength() const { return _minimumLength; }
+    /// Whether a match may have no length. So may all whose pattern depends on the search.
+    bool canMatchEmptyText() const { return _canMatchEmptyText; }
     /// The words that matches are, where the pattern was made of a list of them and each match begins with a
     /// whole run of word units that is one of them; null for all other patterns. Whoever makes the pattern
     /// sets it, before others use it.
@@ -209,6 +211,7 @@ private:
     ::pcre2_real_code_16 *_code = nullptr;
     bool _JITEnabled = false;
     bool _canBeRemembered = false;
+    bool _canMatchEmptyText = true;
     bool _hasFirstUnits = false;
     NSUInteger _minimumLength = 0;
     std::shared_ptr<const QVWordList> _wordList;
