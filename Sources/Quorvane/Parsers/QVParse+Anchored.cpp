@@ -169,7 +169,7 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstAncestors(NSRange rest) {
     for (auto ancestor = ancestors.rbegin(); ancestor != ancestors.rend(); ++ancestor) {
         for (const std::shared_ptr<QVScope> &cutoff :
              (*ancestor)->scope()->subsyntaxOptions()->cutoffScopes()) {
-            found = matchAnchoredAgainstCutoff(*cutoff, *ancestor, rest);
+            found = matchAnchoredAgainstCutoff(*cutoff, ancestor->get(), rest);
             if (found)
                 break;
         }

@@ -10,16 +10,18 @@
 
 namespace quorvane {
 
+void QVParse::logEmptyMatch(const QVScope &scope) {
+    logDiagnosticMessage(NSString::stringWithFormat(
+                             u"Encountered a zero-length single match for scope: %@; Ignoring", scope.name()),
+                         5);
+}
+
 bool QVParse::acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRange hit,
                          NSUInteger rangeStart) {
     if (scope.type() == QVScopeTypeMatch) {
-        if (hit.length != 0)
-            return true;
-        logDiagnosticMessage(
-            NSString::stringWithFormat(u"Encountered a zero-length single match for scope: %@; Ignoring",
-                                       scope.name()),
-            5);
-        return false;
+        if (hit.length == 0)
+            logEmptyMatch(scope);
+        return hit.length != 0;
     }
     if (scope.type() != QVScopeTypeStartEnd)
         return true;

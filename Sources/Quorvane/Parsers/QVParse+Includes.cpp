@@ -64,8 +64,11 @@ std::shared_ptr<const QVRegularExpression> QVParse::regularExpressionForCutoff(c
     auto &known = _pass->endPatterns;
     auto found = known.find(pattern);
     if (found == known.end()) {
-        if (known.size() >= limits::rememberedEndPatterns)
+        if (known.size() >= limits::rememberedEndPatterns) {
+            for (const auto &[text, expression] : known)
+                _pass->searches.erase(expression.get());
             known.clear();
+        }
         found = known
                     .emplace(pattern,
                              QVRegularExpression::regularExpressionWithPattern(pattern, endPatternOptions))
@@ -117,43 +120,53 @@ const QVParse::Scopes &QVParse::resolvedScopesForIncludeScope(const std::shared_
     if (const auto found = _pass->includedScopesCache.find(scope); found != _pass->includedScopesCache.end())
         return found->second;
     Scopes resolved;
-    std::unordered_set<const QVScope *> expanded;
-    std::vector<const QVScope *> path;
-    // Depth first, which leaves the order that replacing each include in place gives. What one include brings
-    // in is brought in once: a second time adds nothing, and grammars include each other in circles.
-    const auto expand = [&](const auto &self, const std::shared_ptr<QVScope> &include) -> void {
-        if (std::find(path.begin(), path.end(), include.get()) != path.end() &&
-            _pass->includesWithLoggedCycles.insert(include.get()).second)
+    // Depth first, which leaves the order that replacing each include in place gives. A collection is brought
+    // in once: a second time would add nothing, and collections include each other in circles.
+    struct Level {
+        std::shared_ptr<QVCollection> collection;
+        std::size_t next = 0;
+    };
+    std::vector<Level> levels;
+    // Whether each collection that was entered is still open.
+    std::unordered_map<const QVCollection *, bool> entered;
+    const auto enter = [&](const std::shared_ptr<QVScope> &include) {
+        auto collection = resolvedCollectionForIncludeScope(include);
+        if (!collection)
+            return;
+        const auto [place, isNew] = entered.emplace(collection.get(), true);
+        if (isNew)
+            levels.push_back({std::move(collection)});
+        else if (place->second && _pass->includesWithLoggedCycles.insert(include.get()).second)
             logDiagnosticMessage(
                 NSString::stringWithFormat(u"Encountered an include cycle for scope: %@; Ignoring",
                                            include->name()),
                 9);
-        if (!expanded.insert(include.get()).second)
-            return;
-        const auto collection = resolvedCollectionForIncludeScope(include);
-        if (!collection)
-            return;
-        path.push_back(include.get());
-        for (const std::shared_ptr<QVScope> &candidate : collection->scopes()) {
-            switch (candidate->type()) {
-            case QVScopeTypeUnknown:
-            case QVScopeTypeWhitespace:
-            case QVScopeTypeNewline:
-                break;
-            case QVScopeTypeCutoff:
-                if (parentScope.type() != QVScopeTypeRoot)
-                    resolved.push_back(candidate);
-                break;
-            case QVScopeTypeInclude:
-                self(self, candidate);
-                break;
-            default:
-                resolved.push_back(candidate);
-            }
-        }
-        path.pop_back();
     };
-    expand(expand, scope);
+    enter(scope);
+    while (!levels.empty()) {
+        Level &level = levels.back();
+        if (level.next == level.collection->scopes().size()) {
+            entered[level.collection.get()] = false;
+            levels.pop_back();
+            continue;
+        }
+        const std::shared_ptr<QVScope> candidate = level.collection->scopes()[level.next++];
+        switch (candidate->type()) {
+        case QVScopeTypeUnknown:
+        case QVScopeTypeWhitespace:
+        case QVScopeTypeNewline:
+            break;
+        case QVScopeTypeCutoff:
+            if (parentScope.type() != QVScopeTypeRoot)
+                resolved.push_back(candidate);
+            break;
+        case QVScopeTypeInclude:
+            enter(candidate);
+            break;
+        default:
+            resolved.push_back(candidate);
+        }
+    }
     return _pass->includedScopesCache[scope] = std::move(resolved);
 }
 

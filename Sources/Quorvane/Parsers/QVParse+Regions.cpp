@@ -56,9 +56,11 @@ const std::vector<std::shared_ptr<QVScope>> &QVParse::scopeListForMatch(QVScopeM
         const auto number = static_cast<NSUInteger>(*options.captureNumber());
         if (result && result->numberOfRanges() > number) {
             NSRange group = result->rangeAtIndex(number);
-            // The text stands where the match stands now. A group that took no part names no syntax.
+            const bool tookPart = group.location != NSNotFound;
+            // The text stands where the match stands now; of what a pattern saw ahead the text may have lost
+            // a part since. A group that took no part names no syntax.
             group.location += match->range().location - result->range().location;
-            if (result->rangeAtIndex(number).location != NSNotFound) {
+            if (tookPart && group.location <= _text->length()) {
                 const NSString text(std::u16string(_text->view().substr(group.location, group.length)));
                 syntax = QVSyntax::syntaxForName(text);
                 const auto alias = options.aliases().find(text);
@@ -84,7 +86,7 @@ void QVParse::parseRecursivelyStartingWithinMatch(QVScopeMatch *match, QVScopeMa
     const Scopes &scopes = scopeListForMatch(match);
     const std::size_t ancestorCount = _pass->subsyntaxAncestors.size();
     if (scope.definesSubsyntax())
-        _pass->subsyntaxAncestors.push_back(match);
+        _pass->subsyntaxAncestors.emplace_back(match);
     const std::size_t depth = _pass->parseStackMatches.size();
     if (depth >= limits::parseNestingDepth) {
         // The enclosing level takes the ancestor off again.

@@ -22,30 +22,30 @@ QVParse::rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expr
     return search;
 }
 
-QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates) {
+QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &parentScope) {
     const bool isRoot = parentScope.type() == QVScopeTypeRoot;
-    // A list is the same object for as long as its grammar lives, and the low bit of its address is free for
-    // the one thing that changes what is tried.
-    const void *const key = reinterpret_cast<const char *>(&scopes) + (isRoot ? 1 : 0);
+    // A list is the same object for as long as its grammar lives, and the low bits of its address are free
+    // for the two things that change what is tried.
+    const void *const key =
+        reinterpret_cast<const char *>(&scopes) + (isRoot ? 1 : 0) + (templateScopesToTry() ? 2 : 0);
     const auto found = _pass->plans.find(key);
     if (found != _pass->plans.end())
         return found->second;
     Plan plan;
-    std::unordered_set<const QVScope *> known;
     const auto add = [&](const QVScope &scope) {
-        if (scope.regularExpression() && known.insert(&scope).second)
+        if (scope.regularExpression())
             plan.entries.push_back({&scope, rememberedSearch(scope.regularExpression())});
     };
-    for (const std::shared_ptr<QVScope> &scope : scopes) {
-        if (!canBeCandidate(*scope, isRoot, areTemplates))
-            continue;
+    std::unordered_set<const QVScope *> includesAttempted;
+    forEachCandidateScope(scopes, isRoot, [&](const std::shared_ptr<QVScope> &scope) {
         if (scope->type() != QVScopeTypeInclude) {
             add(*scope);
-            continue;
+            return;
         }
         for (const std::shared_ptr<QVScope> &resolved : resolvedScopesForIncludeScope(scope, parentScope))
-            add(*resolved);
-    }
+            if (includesAttempted.insert(resolved.get()).second)
+                add(*resolved);
+    });
     return _pass->plans.emplace(key, std::move(plan)).first->second;
 }
 
@@ -66,11 +66,26 @@ bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &
         stream.searchedFrom = from;
         // Nearly all hits are single matches of some length, which nothing speaks against.
         const bool isPlain = stream.hit.length != 0 && stream.scope->type() == QVScopeTypeMatch;
-        if (isPlain || stream.isCutoff || acceptsHit(*stream.scope, parentScope, stream.hit, line.start))
+        if (isPlain || stream.isCutoff)
             return true;
-        from = NSMaxRange(stream.hit) + (stream.hit.length == 0 ? 1 : 0);
+        if (!stream.reportsEmptyHits() && acceptsHit(*stream.scope, parentScope, stream.hit, line.start))
+            return true;
+        from = stream.nextLocation();
     }
     return false;
+}
+
+void QVParse::reportEmptyHits(Stream stream, const QVParseLine &line, const QVSearchContext &context) {
+    for (NSUInteger from = line.start; from <= line.contentsEnd; from = stream.nextLocation()) {
+        const QVMatchingOutcome &outcome =
+            stream.search->firstHitFrom(from, line, context, stream.interpreted);
+        if (outcome.kind != QVMatchingOutcome::Hit || outcome.range == stream.hit)
+            return;
+        stream.interpreted |= outcome.fellBack;
+        stream.hit = outcome.range;
+        if (stream.hit.length == 0)
+            logEmptyMatch(*stream.scope);
+    }
 }
 
 QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVParseLine &line) {
@@ -116,32 +131,28 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
     } const giveBack{_pass->streams, streams, depth};
 
     const QVSearchContext context{_text->view(), _pass->generation, *_regexMatchContext, _pass->lineWords};
-    const auto start = [&](const QVScope &candidate, QVRememberedSearch *search, bool isEnd, bool isCutoff,
-                           NSUInteger from) {
-        Stream stream{&candidate, search, isEnd, isCutoff};
+    const auto start = [&](Stream stream, NSUInteger from) {
+        if (stream.reportsEmptyHits())
+            reportEmptyHits(stream, line, context);
         if (findCandidate(stream, from, line, scope, context))
-            streams.push_back(stream);
+            streams.push_back(std::move(stream));
     };
     const NSUInteger cutoffFrom = std::max(line.start, cutoffStart);
     const auto startCutoff = [&](const QVScope &cutoff, QVScopeMatch *ancestor) {
         const bool exactlyThere = line.start == cutoffStart && line.contentsEnd == cutoffStart;
         if (!exactlyThere && line.contentsEnd <= cutoffStart)
             return;
-        if (const auto expression = regularExpressionForCutoff(cutoff, ancestor))
-            start(cutoff, rememberedSearch(expression).get(), true, true, cutoffFrom);
+        if (const auto expression = regularExpressionForCutoff(cutoff, ancestor)) {
+            auto search = rememberedSearch(expression);
+            start({&cutoff, search.get(), true, true, search}, cutoffFrom);
+        }
     };
     if (!isRoot)
         startCutoff(scope, match);
     if (!scope.isAtomic())
         forEachCutoff(startCutoff);
-    const auto startPlan = [&](const Scopes &list, bool areTemplates) {
-        for (const Plan::Entry &entry : planForScopes(list, scope, areTemplates).entries)
-            start(*entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false,
-                  line.start);
-    };
-    if (const Scopes *const templates = templateScopesToTry())
-        startPlan(*templates, true);
-    startPlan(scopes, false);
+    for (const Plan::Entry &entry : planForScopes(scopes, scope).entries)
+        start({entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false}, line.start);
 
     // What lies before this place is covered, or was refused.
     NSUInteger open = line.start;
@@ -157,8 +168,7 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
             bool alive = true;
             while (alive && stream.hit.location < open)
                 alive = stream.search->canStartAtOrBehind(open, line) &&
-                        findCandidate(stream, NSMaxRange(stream.hit) + (stream.hit.length == 0 ? 1 : 0), line,
-                                      scope, context);
+                        findCandidate(stream, stream.nextLocation(), line, scope, context);
             if (!alive) {
                 streams.erase(streams.begin() + static_cast<std::ptrdiff_t>(index));
                 continue;

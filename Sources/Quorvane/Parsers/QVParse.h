@@ -214,14 +214,17 @@ private:
 
     Step matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
                               const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart);
-    Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope, bool areTemplates);
+    Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope);
     bool findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope,
                        const QVSearchContext &context);
+    /// Reports all empty hits on the line at once, as the plain way does, which looks at all of them.
+    void reportEmptyHits(Stream stream, const QVParseLine &line, const QVSearchContext &context);
     QVScopeMatchReference matchForStream(const Stream &stream, const QVParseLine &line);
     std::shared_ptr<QVRememberedSearch>
     rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expression);
 
     // Accepting hits
+    void logEmptyMatch(const QVScope &scope);
     bool acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRange hit, NSUInteger rangeStart);
     QVScopeMatchReference matchForHit(const QVScope &scope,
                                       const std::shared_ptr<const QVRegularExpression> &expression,

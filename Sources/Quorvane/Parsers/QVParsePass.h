@@ -28,10 +28,19 @@ struct QVParse::Stream {
     bool isEnd;
     /// Stands for a cut-off, whose hits are checked by nothing.
     bool isCutoff;
+    /// Keeps the search of a cut-off, which the parse may forget while the stream is in use.
+    std::shared_ptr<QVRememberedSearch> kept = nullptr;
     bool interpreted = false;
     NSRange hit = NSNotFoundRange;
-    /// Where the search for the hit began.
+    /// Where the search began that found the hit.
     NSUInteger searchedFrom = 0;
+
+    /// Where the chain goes on behind the hit.
+    NSUInteger nextLocation() const { return NSMaxRange(hit) + (hit.length == 0 ? 1 : 0); }
+    /// A single match that may be empty, about which the grammar's author is told.
+    bool reportsEmptyHits() const {
+        return !isCutoff && scope->type() == QVScopeTypeMatch && search->expression().canMatchEmptyText();
+    }
 };
 
 /// The patterns of a list of scopes, includes expanded, each once, in the order of preference.
@@ -69,8 +78,9 @@ struct QVParse::Plan {
 struct QVParsePass {
     /// Open regions, outermost first.
     std::vector<QVScopeMatch *> parseStackMatches;
-    /// Open regions whose scope defines a subsyntax, outermost first.
-    std::vector<QVScopeMatch *> subsyntaxAncestors;
+    /// Open regions whose scope defines a subsyntax, outermost first. One that was refused for its depth
+    /// stays until the region around it ends, also when its match is gone from the tree.
+    std::vector<QVScopeMatchReference> subsyntaxAncestors;
     /// A template scope is open: template scopes are not tried.
     bool isInTemplateScope = false;
 
@@ -152,7 +162,7 @@ template <typename Body> void QVParse::forEachCutoff(Body body) {
     for (auto ancestor = ancestors.rbegin(); ancestor != ancestors.rend(); ++ancestor)
         for (const std::shared_ptr<QVScope> &cutoff :
              (*ancestor)->scope()->subsyntaxOptions()->cutoffScopes())
-            body(*cutoff, *ancestor);
+            body(*cutoff, ancestor->get());
 }
 
 /// Runs an attempt, which answers whether it made a match, and takes its time where traces are asked for.
