@@ -1,7 +1,6 @@
+#include "Quorvane/Parsers/QVParseText.h"
 #include "Quorvane/Parsers/QVRememberedSearch.h"
-
 #include "Quorvane/RegularExpressions/QVRegularExpressionMatchContext.h"
-#include "Tests/Support/Recorders.h"
 
 #include <gtest/gtest.h>
 
@@ -9,50 +8,123 @@ using namespace quorvane;
 
 namespace {
 
-QVMatchingOutcome hitFrom(QVRememberedSearch &search, std::u16string_view text, NSUInteger from) {
+/// One line of text with remembered and with fresh searches on it.
+struct Fixture {
+    explicit Fixture(std::u16string_view pattern, std::u16string_view text)
+        : expression(QVRegularExpression::regularExpressionWithPattern(
+              NSString(pattern), QVRegularExpressionMultiline | QVRegularExpressionUseJIT)),
+          search(expression) {
+        buffer.replaceCharactersInRange({0, 0}, text);
+        line.contentsEnd = text.size();
+        line.units.fill(~std::uint64_t(0));
+    }
+    QVMatchingOutcome remembered(NSUInteger from) {
+        return search.firstHitFrom(from, line, {buffer.view(), generation, context, words}, false);
+    }
+    QVMatchingOutcome fresh(NSUInteger from) {
+        return expression->directSearchInCharacters(buffer.characters(), buffer.length(),
+                                                    {from, line.contentsEnd - from}, context, false);
+    }
+
+    QVParseText buffer{0};
+    std::shared_ptr<QVRegularExpression> expression;
+    QVRememberedSearch search;
     QVRegularExpressionMatchContext context;
-    QVParseLine line;
-    line.contentsEnd = text.size();
-    line.units = {~0ull, ~0ull, ~0ull, ~0ull};
     QVLineWords words;
-    return search.firstHitFrom(from, line, {text, 1, context, words}, false);
-}
+    QVParseLine line;
+    std::uint64_t generation = 1;
+};
 
 } // namespace
+
+TEST(QVRememberedSearch, AnswersWhatAFreshSearchWouldFromEachPlaceAfterEachOther) {
+    const std::u16string texts[] = {
+        u"",
+        u"ab",
+        u"xabxab",
+        u"aaaa",
+        u"\U0001F600a\U0001F600b",
+        {u'a', 0xD800, u'b', u'a', u'b'},
+        {0xDC00, u'a', 0xDC00, u'b'},
+        {0xD800, 0xD800, u'a', 0xD800},
+        {u'a', u'b', 0xD83D, 0xDE00, 0xD83D},
+    };
+    for (const std::u16string &text : texts) {
+        for (const char16_t *const pattern : {u"b", u"ab", u"a?", u".", u"(?<=a)b", u"a\\Kb", u"\\Gb", u"b$",
+                                              u"a(*SKIP)a|b", u"..", u"[^a]", u"\\B"}) {
+            for (NSUInteger first = 0; first <= text.size(); ++first) {
+                Fixture fixture(pattern, text);
+                fixture.remembered(first);
+                for (NSUInteger from = first; from <= text.size(); ++from) {
+                    const QVMatchingOutcome expected = fixture.fresh(from);
+                    const QVMatchingOutcome outcome = fixture.remembered(from);
+                    const std::string place = NSString(pattern).UTF8String() + " in a text of " +
+                                              std::to_string(text.size()) + " from " + std::to_string(first) +
+                                              " and " + std::to_string(from);
+                    ASSERT_EQ(outcome.kind, expected.kind) << place;
+                    if (expected.kind == QVMatchingOutcome::Hit) {
+                        ASSERT_EQ(outcome.range, expected.range) << place;
+                    }
+                }
+            }
+        }
+    }
+}
 
 TEST(QVRememberedSearch, NothingIsRememberedBehindHalfACharacter) {
     // The compiled form steps from half a character over the unit behind it, so a search from the start
     // misses the letter at 1, and one that begins there finds it. A remembered hit must not hide that.
-    const std::u16string text{0xD801, u's', u' ', u'b'};
-    const auto expression = QVRegularExpression::regularExpressionWithPattern(
-        u"\\p{Ll}", QVRegularExpressionMultiline | QVRegularExpressionUseJIT);
-    QVRememberedSearch search(expression);
-    EXPECT_EQ(hitFrom(search, text, 0).range, (NSRange{3, 1}));
-    EXPECT_EQ(hitFrom(search, text, 1).range, (NSRange{1, 1}));
-    EXPECT_EQ(hitFrom(search, text, 2).range, (NSRange{3, 1}));
+    Fixture fixture(u"\\p{Ll}", std::u16string{0xD801, u's', u' ', u'b'});
+    EXPECT_EQ(fixture.remembered(0).range, (NSRange{3, 1}));
+    EXPECT_EQ(fixture.remembered(1).range, (NSRange{1, 1}));
+    EXPECT_EQ(fixture.remembered(2).range, (NSRange{3, 1}));
 }
 
 TEST(QVRememberedSearch, NothingIsRememberedWithinAPair) {
     // Alone, the second half is a character too, and not the one that the pattern excludes.
-    const std::u16string text = u"\U0001F600b";
-    QVRememberedSearch search(
-        QVRegularExpression::regularExpressionWithPattern(u"[^\U0001F600]", QVRegularExpressionUseJIT));
-    EXPECT_EQ(hitFrom(search, text, 0).range, (NSRange{2, 1}));
-    EXPECT_EQ(hitFrom(search, text, 1).range, (NSRange{1, 1}));
-    EXPECT_EQ(hitFrom(search, text, 2).range, (NSRange{2, 1}));
+    Fixture fixture(u"[^\U0001F600]", u"\U0001F600b");
+    EXPECT_EQ(fixture.remembered(0).range, (NSRange{2, 1}));
+    EXPECT_EQ(fixture.remembered(1).range, (NSRange{1, 1}));
+    EXPECT_EQ(fixture.remembered(2).range, (NSRange{2, 1}));
 }
 
-TEST(QVRememberedSearch, ALookAheadReachesBehindTheLine) {
-    // What a match must be followed by is not part of it, so it does not have to fit in.
-    const std::u16string text = u"ab\n";
-    QVRememberedSearch search(
-        QVRegularExpression::regularExpressionWithPattern(u"(?=\\n)", QVRegularExpressionUseJIT));
-    QVRegularExpressionMatchContext context;
-    QVParseLine line;
-    line.contentsEnd = 2;
-    line.newline = {2, 1};
-    line.units = {~0ull, ~0ull, ~0ull, ~0ull};
-    QVLineWords words;
-    EXPECT_EQ(search.firstHitFrom(0, line, {text, 1, context, words}, false).range, (NSRange{2, 0}));
-    EXPECT_TRUE(search.canStartAtOrBehind(2, line));
+TEST(QVRememberedSearch, ForgetsWhatAnotherTextHeld) {
+    Fixture fixture(u"b", u"ab");
+    EXPECT_EQ(fixture.remembered(0).range, (NSRange{1, 1}));
+    fixture.buffer.replaceCharactersInRange({0, 1}, u"bb");
+    fixture.line.contentsEnd = 3;
+    ++fixture.generation;
+    EXPECT_EQ(fixture.remembered(0).range, (NSRange{0, 1}));
+}
+
+TEST(QVRememberedSearch, ForgetsWhatItFoundUpToAnotherEnd) {
+    Fixture fixture(u"ab|b", u"xab");
+    fixture.line.contentsEnd = 2;
+    // The hit at "ab" ends behind the line.
+    EXPECT_EQ(fixture.remembered(0).kind, QVMatchingOutcome::Overrun);
+    fixture.line.contentsEnd = 3;
+    EXPECT_EQ(fixture.remembered(0).range, (NSRange{1, 2}));
+}
+
+TEST(QVRememberedSearch, UnitsThatTheLineLacksRuleAPatternOut) {
+    Fixture fixture(u"b", u"ab");
+    fixture.line.units = {};
+    EXPECT_EQ(fixture.remembered(0).kind, QVMatchingOutcome::Finished);
+}
+
+TEST(QVRememberedSearch, KnowsWhetherItsShortestHitStillFits) {
+    const Fixture fixture(u"abc?", u"abab");
+    EXPECT_TRUE(fixture.search.canStartAtOrBehind(2, fixture.line));
+    EXPECT_FALSE(fixture.search.canStartAtOrBehind(3, fixture.line));
+}
+
+TEST(QVRememberedSearch, WhatAPatternSeesAheadNeedNotFitOnTheLine) {
+    // The matcher's own shortest length counts what has to follow a match too.
+    for (const char16_t *const pattern : {u"a(?=\nb)", u"(?=a\nb)", u"a\n?(?=b)"}) {
+        Fixture fixture(pattern, u"xa\nb");
+        fixture.line.contentsEnd = 2;
+        EXPECT_EQ(fixture.remembered(0).kind, fixture.fresh(0).kind) << NSString(pattern).UTF8String();
+        EXPECT_EQ(fixture.remembered(0).range, fixture.fresh(0).range) << NSString(pattern).UTF8String();
+        EXPECT_NE(fixture.fresh(0).kind, QVMatchingOutcome::Finished) << NSString(pattern).UTF8String();
+    }
 }
