@@ -2,10 +2,12 @@
 #include "Quorvane/Parsers/QVParseScopeTrace.h"
 #include "Quorvane/Scopes/QVScope.h"
 #include "Tests/Quorvane/Parsers/GrammarText.h"
-#include "Tests/Support/Printing.h"
+#include "Tests/Support/Recorders.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <random>
 
 using namespace quorvane;
 using namespace quorvane::test;
@@ -202,6 +204,37 @@ TEST(QVParseAnchored, NestingEndsAtItsLimitAndBeginsAnew) {
             start += 100;
         }
     });
+}
+
+TEST(QVParseAnchored, BothWaysOfSearchingGiveTheSameTreeForRandomTexts) {
+    // Sequences of all kinds inside each other, with regions that come to nothing and lines that are too
+    // long.
+    const std::string nothing =
+        region("nothing", "(?=[bz])", "", following(single("c", "c")), optional + repeating);
+    const std::string inner =
+        region("inner", "\\[", "\\]",
+               following(nothing + "<include collection='all' repeat='true'/>", "lazy"), optional);
+    const auto syntax = syntaxWithScopes(
+        "<include collection='all'/>",
+        "<collections><collection name='all'>" + single("a", "a+", optional) + cutoff("cut", ";") +
+            region("r", "\\(", "",
+                   following(single("b", "b", repeating) + inner + single("any", "[a-z]?", optional) +
+                                 "<include collection='all' optional='true' repeat='true'/>",
+                             "greedy")) +
+            region("u", "(?=\\{)", "\\}", holding("<include collection='all'/>")) + single("z", "z\\b") +
+            "</collection></collections><template-scopes>" +
+            region("t", "%", "%|$", following(single("x", "x", optional + repeating) + nothing)) +
+            "</template-scopes>");
+    const LogRecorder quiet;
+    const std::u16string_view alphabet = u"aabbczx(([[)]{};% \t\n\r";
+    std::mt19937 random(3);
+    for (int round = 0; round < 500; ++round) {
+        std::u16string text;
+        for (std::size_t length = random() % 60; length > 0; --length)
+            text += alphabet[random() % alphabet.size()];
+        treeOfText(syntax, text, 12);
+        ASSERT_FALSE(testing::Test::HasFailure()) << "round " << round;
+    }
 }
 
 TEST(QVParseAnchored, TracesCountEachAttempt) {
