@@ -307,7 +307,9 @@ QVRegularExpression::directMatchInCharacters(const char16_t *characters, NSUInte
     pcre2_set_offset_limit_16(context.matchContext(), subject.offsetLimit);
     std::uint32_t options = matchOptions(QVMatchingRangeLimit, _JITEnabled);
     int result = PCRE2_ERROR_JIT_STACKLIMIT;
-    if (const pcre2_code_16 *const compiled = _JITEnabled ? anchoredCode() : nullptr)
+    // A verb that skips ahead starts the compiled form anew further on, anchored or not; patterns with verbs
+    // are among those that can't be remembered.
+    if (const pcre2_code_16 *const compiled = _JITEnabled && _canBeRemembered ? anchoredCode() : nullptr)
         result = pcre2_match_16(compiled, pcre2Characters(characters), length, range.location, options,
                                 context.matchData(), context.matchContext());
     // The plain attempt is always interpreted, so nobody needs to be told when the interpreter takes over.

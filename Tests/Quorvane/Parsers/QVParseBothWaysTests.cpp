@@ -43,3 +43,15 @@ TEST(QVParseBothWays, HalfACharacterInAnAnchoredRegionHurtsNothing) {
         std::u16string(u"<a") + char16_t(0xD83D) + u"bcd>");
     EXPECT_TRUE(tree.starts_with("StartEnd it [0,1] end[6,1]\n  Match dot [1,1]\n  Match dot [2,")) << tree;
 }
+
+TEST(QVParseBothWays, AVerbThatSkipsAheadDoesNotLeaveItsPlaceInAnAnchoredRegion) {
+    // The end does not match at the "a", so the letter is the first scope's; behind it stands an end.
+    EXPECT_EQ(treeOfText("<scope name=\"it\"><starts-with><expression>&lt;</expression></starts-with>"
+                         "<ends-with><expression>a(*SKIP)(*F)|\\w</expression></ends-with>"
+                         "<subscopes anchored=\"true\"><scope name=\"letter\" repeat=\"true\">"
+                         "<expression>a</expression></scope></subscopes></scope>",
+                         u"<aab"),
+              "StartEnd it [0,1] end[3,1]\n"
+              "  Match letter [1,1]\n"
+              "  Match letter [2,1]\n");
+}
