@@ -1,0 +1,120 @@
+// What a language costs before the first text: its file is read, its patterns are compiled. `to_xml` is the
+// load of a syntax to the reading of its XML alone; `to_interpreted` the compiling to machine code to the
+// compiling for the interpreter.
+#include "Benchmarks/Support/Timing.h"
+#include "Platform/Foundation/NSData.h"
+#include "Quorvane/RegularExpressions/QVRegularExpression.h"
+#include "Quorvane/Scopes/QVScope.h"
+#include "Quorvane/Scopes/QVScopeSubsyntaxOptions.h"
+#include "Quorvane/Syntaxes/QVGrammar.h"
+#include "Quorvane/Syntaxes/QVSyntax.h"
+#include "Quorvane/XML/QVXMLDocument.h"
+#include "Tests/Support/Corpus.h"
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <stdexcept>
+
+using namespace quorvane;
+using namespace quorvane::benchmarks;
+
+namespace {
+
+/// Each pattern of a grammar once, with its options.
+using Patterns = std::map<std::pair<NSString, QVRegularExpressionOptions>, bool>;
+
+void addPattern(const std::shared_ptr<QVRegularExpression> &expression, Patterns &patterns) {
+    if (expression)
+        patterns[{expression->pattern(), expression->options()}] = true;
+}
+
+void addPatterns(const QVScope::Scopes &scopes, Patterns &patterns) {
+    for (const auto &scope : scopes) {
+        addPattern(scope->regularExpression(), patterns);
+        addPattern(scope->endRegularExpression(), patterns);
+        addPatterns(scope->subscopes(), patterns);
+        if (scope->definesSubsyntax())
+            addPatterns(scope->subsyntaxOptions()->cutoffScopes(), patterns);
+    }
+}
+
+Patterns patternsOf(const QVSyntax &syntax) {
+    Patterns patterns;
+    const auto grammar = syntax.grammar();
+    addPatterns(grammar->scopes(), patterns);
+    addPatterns(grammar->templateScopes(), patterns);
+    for (const auto &[name, collection] : grammar->collections())
+        addPatterns(collection->scopes(), patterns);
+    return patterns;
+}
+
+/// The anchored code that some patterns get at their first use is no part of this.
+void compileAll(const Patterns &patterns, bool usesJIT) {
+    for (const auto &[pattern, unused] : patterns) {
+        const auto options = (pattern.second & ~QVRegularExpressionUseJIT) |
+                             (usesJIT ? QVRegularExpressionUseJIT : QVRegularExpressionOptions(0));
+        benchmark::DoNotOptimize(
+            QVRegularExpression::regularExpressionWithPattern(pattern.first, options).get());
+    }
+}
+
+void compilePatterns(benchmark::State &state, const std::string &language) {
+    const Patterns patterns = patternsOf(*QVSyntax::syntaxForName(NSString::stringWithUTF8String(language)));
+    double compiled = 0;
+    double interpreted = 0;
+    for (auto _ : state) {
+        const double seconds = secondsOf([&] { compileAll(patterns, true); });
+        state.SetIterationTime(seconds);
+        compiled += seconds;
+        interpreted += secondsOf([&] { compileAll(patterns, false); });
+    }
+    state.counters["patterns/s"] = rateOf(static_cast<double>(patterns.size()));
+    state.counters["patterns"] = static_cast<double>(patterns.size());
+    state.counters["us/pattern"] =
+        compiled * 1e6 / static_cast<double>(patterns.size()) / static_cast<double>(state.iterations());
+    state.counters["to_interpreted"] = compiled / interpreted;
+}
+
+void loadSyntax(benchmark::State &state, const std::string &language) {
+    const NSData data(test::contentsOfFile(test::bundledSyntaxPath(language)));
+    double whole = 0;
+    double reading = 0;
+    for (auto _ : state) {
+        std::shared_ptr<QVSyntax> syntax;
+        const double seconds = secondsOf([&] {
+            syntax = QVSyntax::initWithDocument(*QVXMLDocument::initWithData(data));
+            benchmark::DoNotOptimize(syntax->grammar().get());
+        });
+        state.SetIterationTime(seconds);
+        whole += seconds;
+        reading += secondsOf([&] { benchmark::DoNotOptimize(QVXMLDocument::initWithData(data).get()); });
+    }
+    state.counters["KB/s"] = rateOf(static_cast<double>(data.length()) / 1000);
+    state.counters["to_xml"] = whole / reading;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    try {
+        test::loadBundledSyntaxes();
+    } catch (const std::exception &exception) {
+        std::fprintf(stderr, "%s\n", exception.what());
+        return 1;
+    }
+    for (const std::string &language : test::corpusLanguages()) {
+        benchmark::RegisterBenchmark(("load/" + language).c_str(), loadSyntax, language)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(("compile/" + language).c_str(), compilePatterns, language)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
