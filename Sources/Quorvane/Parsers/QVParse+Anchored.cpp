@@ -28,8 +28,8 @@ NSRange whitespaceAt(std::u16string_view text, NSUInteger location, NSUInteger e
 QVMatchingOutcome QVParse::attemptAnchored(const std::shared_ptr<const QVRegularExpression> &expression,
                                            NSRange parseRange) {
     const std::u16string_view text = _text->view();
-    // Over half a character the two forms may take different steps.
-    if (remembersSearches() && !isPerformanceCollectionEnabled() && !_pass->line.hasHalfCharacters) {
+    // Over surrogates the two forms may take different steps.
+    if (remembersSearches() && !isPerformanceCollectionEnabled() && !_pass->line.hasSurrogates) {
         const NSUInteger location = parseRange.location;
         if (location < text.size() && !expression->canStartWithUnit(text[location]))
             return {};

@@ -163,12 +163,10 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     line.start = location;
     const char16_t *const characters = _text->characters();
     NSUInteger position = location;
-    bool isBehindHigh = false;
-    const auto note = [&line, &isBehindHigh](char16_t unit) {
+    const auto note = [&line](char16_t unit) {
         const unsigned bit = unit < 255 ? unit : 255;
         line.units[bit >> 6] |= std::uint64_t(1) << (bit & 63);
-        line.hasHalfCharacters |= isBehindHigh != ((unit & 0xFC00) == 0xDC00);
-        isBehindHigh = (unit & 0xFC00) == 0xD800;
+        line.hasSurrogates |= (unit & 0xF800) == 0xD800;
     };
     for (; position < end; ++position) {
         const char16_t unit = characters[position];
@@ -185,7 +183,6 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     // A match may be tried at the contents' very end, where a pattern sees the unit behind the range.
     if (line.contentsEnd < _text->length())
         note(characters[line.contentsEnd]);
-    line.hasHalfCharacters |= isBehindHigh;
     _pass->lineGeneration = _pass->generation;
     _pass->lineRangeEnd = end;
     known = line;

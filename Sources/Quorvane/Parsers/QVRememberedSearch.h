@@ -21,8 +21,9 @@ struct QVParseLine {
     NSRange newline = NSNotFoundRange;
     /// The units from `start` up to and including the one at `contentsEnd`.
     QVUnitMask units{};
-    /// Whether a surrogate stands alone among them.
-    bool hasHalfCharacters = false;
+    /// Whether there are surrogates among them. Beside half a character, and within a pair, where a search
+    /// may begin behind an empty hit, patterns take steps of their own.
+    bool hasSurrogates = false;
 
     NSUInteger length() const { return contentsEnd - start; }
     bool hasNewline() const { return newline.location != NSNotFound; }
@@ -83,9 +84,10 @@ public:
         return _generation == generation && _rangeEnd == line.contentsEnd && _searchedFrom <= line.start &&
                _outcome.kind == QVMatchingOutcome::Finished;
     }
-    /// Whether a hit may still start at or behind the position.
+    /// Whether a hit may still start at or behind the position. Going back over half a character the matcher
+    /// can take fewer units than the pattern has characters.
     bool canStartAtOrBehind(NSUInteger position, const QVParseLine &line) const {
-        return position + _minimumLength <= line.contentsEnd;
+        return line.hasSurrogates || position + _minimumLength <= line.contentsEnd;
     }
     /// Whether a hit can start with one of the line's units.
     bool canStartOnLine(const QVParseLine &line) const {

@@ -118,6 +118,16 @@ TEST(QVRememberedSearch, KnowsWhetherItsShortestHitStillFits) {
     EXPECT_FALSE(fixture.search.canStartAtOrBehind(3, fixture.line));
 }
 
+TEST(QVRememberedSearch, OverHalfACharacterAHitMayBeShorterThanItsPattern) {
+    // Three characters of the pattern find room in two units, going back over the half.
+    const std::u16string text{u' ', 0xDE00, u'\n'};
+    Fixture fixture(u"[^\\n]+[^\\n].", text);
+    fixture.line.contentsEnd = 2;
+    fixture.line.hasSurrogates = true;
+    EXPECT_EQ(fixture.fresh(0).range, (NSRange{0, 2}));
+    EXPECT_EQ(fixture.remembered(0).range, (NSRange{0, 2}));
+}
+
 TEST(QVRememberedSearch, WhatAPatternSeesAheadNeedNotFitOnTheLine) {
     // The matcher's own shortest length counts what has to follow a match too.
     for (const char16_t *const pattern : {u"a(?=\nb)", u"(?=a\nb)", u"a\n?(?=b)"}) {
