@@ -139,8 +139,9 @@ NSUInteger clampedEnd(pcre2_match_data_16 *data, const Subject &subject) {
     return vector[1];
 }
 
-/// Whether a pattern has moved its match's start behind the match's end or before the place that the search
-/// began at, which only assertions that call a group with "\K" can do. Such a match is none: it has no range.
+/// Whether a match ends before its start or starts before the search. Assertions that call a group with "\K"
+/// can do this, and so does a search that began within a pair when it goes back over it. Such a match is
+/// none: it has no range.
 bool isCrossed(pcre2_match_data_16 *data, NSUInteger searchedFrom) {
     const PCRE2_SIZE *vector = pcre2_get_ovector_pointer_16(data);
     return vector[0] > vector[1] || vector[0] < searchedFrom;
@@ -254,24 +255,29 @@ QVMatchingOutcome QVRegularExpression::enumerateMatchesInCharacters(
     return outcome;
 }
 
+QVMatchingOutcome QVRegularExpression::firstOfEnumeration(const char16_t *characters, NSUInteger length,
+                                                          NSRange range,
+                                                          QVRegularExpressionMatchContext &context) const {
+    NSRange hit = NSNotFoundRange;
+    QVMatchingOutcome outcome =
+        enumerateMatchesInCharacters(characters, length, QVMatchingRangeLimit, range, &context,
+                                     [&hit](QVPCRE2MatchData *matchData, NSUInteger, bool &stop) {
+                                         hit = QVPCRE2MatchDataRangeAtIndex(matchData, 0, 0);
+                                         stop = true;
+                                     });
+    if (hit.location != NSNotFound) {
+        outcome.kind = QVMatchingOutcome::Hit;
+        outcome.range = hit;
+    }
+    return outcome;
+}
+
 QVMatchingOutcome QVRegularExpression::directSearchInCharacters(const char16_t *characters, NSUInteger length,
                                                                 NSRange range,
                                                                 QVRegularExpressionMatchContext &context,
                                                                 bool interpreted) const {
-    if (!_canBeRemembered) [[unlikely]] {
-        NSRange hit = NSNotFoundRange;
-        QVMatchingOutcome outcome =
-            enumerateMatchesInCharacters(characters, length, QVMatchingRangeLimit, range, &context,
-                                         [&hit](QVPCRE2MatchData *matchData, NSUInteger, bool &stop) {
-                                             hit = QVPCRE2MatchDataRangeAtIndex(matchData, 0, 0);
-                                             stop = true;
-                                         });
-        if (hit.location != NSNotFound) {
-            outcome.kind = QVMatchingOutcome::Hit;
-            outcome.range = hit;
-        }
-        return outcome;
-    }
+    if (!_canBeRemembered) [[unlikely]]
+        return firstOfEnumeration(characters, length, range, context);
     context.prepareForRegularExpression(*this);
     const Subject subject{characters, length, range.location, NSMaxRange(range)};
     pcre2_set_offset_limit_16(context.matchContext(), subject.offsetLimit);
@@ -280,6 +286,8 @@ QVMatchingOutcome QVRegularExpression::directSearchInCharacters(const char16_t *
         const int result =
             pcre2_jit_match_16(_code, pcre2Characters(characters), length, subject.startOffset,
                                PCRE2_NO_UTF_CHECK, context.matchData(), context.matchContext());
+        if (result >= 0 && isCrossed(context.matchData(), range.location)) [[unlikely]]
+            return firstOfEnumeration(characters, length, range, context);
         if (result != PCRE2_ERROR_JIT_STACKLIMIT) [[likely]]
             return outcomeOfResult(result, context.matchData(), subject);
     }
@@ -294,6 +302,8 @@ QVMatchingOutcome QVRegularExpression::directSearchInCharacters(const char16_t *
                     options,
                     _JITEnabled && !interpreted};
     const int result = matcher.matchAt(subject.startOffset);
+    if (result >= 0 && isCrossed(matcher.data, range.location)) [[unlikely]]
+        return firstOfEnumeration(characters, length, range, context);
     QVMatchingOutcome outcome = outcomeOfResult(result, matcher.data, subject);
     outcome.fellBack = matcher.fellBack;
     return outcome;

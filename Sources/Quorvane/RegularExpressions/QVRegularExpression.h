@@ -199,6 +199,8 @@ public:
 
 private:
     QVRegularExpression() = default;
+    QVMatchingOutcome firstOfEnumeration(const char16_t *characters, NSUInteger length, NSRange range,
+                                         QVRegularExpressionMatchContext &context) const;
     bool compile(std::shared_ptr<NSError> *error);
     ::pcre2_real_code_16 *compileCode(std::uint32_t additionalOptions, int &errorCode) const;
     /// Null where it can't be compiled to machine code.

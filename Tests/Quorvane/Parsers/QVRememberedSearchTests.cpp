@@ -128,6 +128,21 @@ TEST(QVRememberedSearch, OverHalfACharacterAHitMayBeShorterThanItsPattern) {
     EXPECT_EQ(fixture.remembered(0).range, (NSRange{0, 2}));
 }
 
+TEST(QVRememberedSearch, AHitThatWentBackOverThePairItBeganInIsNone) {
+    // Begun within the pair, the pattern goes back to before its start; both ways of searching must say so.
+    Fixture fixture(u"\\W{1,2}?\\B|\\W{1,2}\\b", u"\U0001F600\U0001F600a");
+    for (NSUInteger from = 0; from <= 5; ++from) {
+        NSRange first = NSNotFoundRange;
+        fixture.expression->enumerateMatchesInCharacters(
+            fixture.buffer.characters(), fixture.buffer.length(), QVMatchingRangeLimit, {from, 5 - from},
+            &fixture.context, [&](QVPCRE2MatchData *matchData, NSUInteger offset, bool &stop) {
+                first = QVPCRE2MatchDataRangeAtIndex(matchData, 0, offset);
+                stop = true;
+            });
+        EXPECT_EQ(fixture.fresh(from).range, first) << from;
+    }
+}
+
 TEST(QVRememberedSearch, WhatAPatternSeesAheadNeedNotFitOnTheLine) {
     // The matcher's own shortest length counts what has to follow a match too.
     for (const char16_t *const pattern : {u"a(?=\nb)", u"(?=a\nb)", u"a\n?(?=b)"}) {
