@@ -11,6 +11,7 @@ import tempfile
 import unittest
 
 PROGRAM = None
+SOURCE = pathlib.Path(__file__).resolve().parents[3]
 
 # A language with a region that has captures at both ends, a leaf with a capture and a plain leaf.
 TINY = """<?xml version="1.0" encoding="UTF-8"?>
@@ -204,6 +205,12 @@ class HighlightTests(unittest.TestCase):
         file = self.write("some", "#!tiny\n// x")
         self.assertIn(b"Match comment [7,4]", self.succeed("--format", "tree", file).stdout)
         self.assertIn(b"Match comment [7,4]", self.succeed("--format", "tree", "-", text=b"#!tiny\n// x").stdout)
+
+    def test_the_packages_of_the_source_tree_need_no_option(self):
+        folder = SOURCE / "Tests" / "Corpus" / "json" / "sample"
+        result = self.run_program("--format", "tree", folder / "text.json")
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertEqual(result.stdout, (folder / "tree").read_bytes())
 
     def test_a_language_that_is_named_wins_over_what_the_file_tells(self):
         other = self.write("other.xml", OTHER)
