@@ -157,18 +157,18 @@ TEST(QVParseAccess, ACallbackRunsAtOnceInsideAnotherOne) {
 TEST(QVParseAccess, ACallbackOfAnotherParseIsNotInside) {
     const auto one = parseOfWords();
     const auto other = parseOfWords();
+    std::atomic<bool> ran = false;
     one->performReadingBlockAndWait([&] {
         const BusyQueue busy(*other);
-        std::atomic<bool> ran = false;
         other->performReadingBlock([&] { ran = true; });
         EXPECT_FALSE(ran);
     });
     // But it still is inside of its own, whatever stands between.
     one->performReadingBlockAndWait([&] {
         other->performWritingBlockAndWait([&] {
-            bool ran = false;
-            one->performWritingBlock([&] { ran = true; });
-            EXPECT_TRUE(ran);
+            bool ranInside = false;
+            one->performWritingBlock([&] { ranInside = true; });
+            EXPECT_TRUE(ranInside);
         });
     });
     waitForQueue(*other);
