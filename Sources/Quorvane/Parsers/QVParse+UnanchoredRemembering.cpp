@@ -151,8 +151,17 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
         startCutoff(scope, match);
     if (!scope.isAtomic())
         forEachCutoff(startCutoff);
-    for (const Plan::Entry &entry : planForScopes(scopes, scope).entries)
+    Plan &plan = planForScopes(scopes, scope);
+    plan.beginLine(line, context.text, context.generation);
+    // What has nothing left on this line is not asked again when a region on it has ended.
+    std::size_t kept = 0;
+    for (const std::uint32_t index : plan.alive) {
+        const Plan::Entry &entry = plan.entries[index];
         start({entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false}, line.start);
+        if (!entry.search->isExhausted(line, context.generation))
+            plan.alive[kept++] = index;
+    }
+    plan.alive.resize(kept);
 
     // What lies before this place is covered, or was refused.
     NSUInteger open = line.start;
