@@ -12,7 +12,7 @@ namespace quorvane::test {
 inline std::string bigEndian(std::uint64_t value, std::size_t size) {
     std::string bytes;
     for (std::size_t shift = size; shift-- > 0;)
-        bytes += static_cast<char>(value >> (8 * shift));
+        bytes += static_cast<char>(shift < sizeof value ? value >> (8 * shift) : 0);
     return bytes;
 }
 
