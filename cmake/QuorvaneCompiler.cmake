@@ -26,8 +26,9 @@ find_program(QUORVANE_CCACHE ccache)
 find_program(QUORVANE_ENV env)
 if(QUORVANE_CCACHE AND QUORVANE_ENV)
     # With a precompiled header the cache must not ask for the header's own time and macros, and the compiler
-    # must say what it took from it; else nothing is ever found.
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${QUORVANE_ENV}
+    # must say what it took from it; else nothing is ever found. Paths are taken relative to the source folder, so
+    # that a second checkout finds what the first has compiled.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${QUORVANE_ENV} CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1
         CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${QUORVANE_CCACHE})
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         add_compile_options(-fpch-preprocess)
