@@ -1,9 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/NSObject.h"
-
-#include <compare>
-#include <variant>
+#include "Platform/Foundation/NSAttributes.h"
 
 namespace quorvane {
 
@@ -51,12 +48,10 @@ inline constexpr NSInteger QVStyleTextDecorationStylePatternDash = 0x200;
 
 /// The null marker: the style says "none", which switches an attribute off even where a less specific style
 /// has set it. An absent attribute says nothing.
-struct QVStyleNull {
-    friend constexpr bool operator==(QVStyleNull, QVStyleNull) = default;
-};
+using QVStyleNull = NSNull;
 
 /// What an attribute can hold: "none", a number, a string, or a shared object (a colour, a gradient, a
 /// shadow) that nobody changes any more.
-using QVStyleValue = std::variant<QVStyleNull, NSInteger, double, NSString, std::shared_ptr<const NSObject>>;
+using QVStyleValue = NSAttributeValue;
 
 } // namespace quorvane
