@@ -2,7 +2,11 @@
 #include "Platform/Foundation/QVTextSearching.h"
 
 #include <unicode/uchar.h>
+#include <unicode/unorm2.h>
 #include <unicode/ustring.h>
+#include <unicode/utf16.h>
+
+#include <algorithm>
 
 namespace quorvane {
 
@@ -50,6 +54,34 @@ NSString NSString::caseFoldedString() const {
                                 UErrorCode *status) {
         return u_strFoldCase(to, room, from, count, U_FOLD_CASE_DEFAULT, status);
     });
+}
+
+NSString NSString::stringByApplyingTransform(std::u16string_view transform, bool reverse) const {
+    if (transform != NSStringTransformStripDiacritics || reverse || isNull())
+        return nullptr;
+    if (std::ranges::all_of(view(), [](char16_t unit) { return unit < 0x80; }))
+        return *this;
+    const auto normalized = [](std::u16string_view text, const UNormalizer2 *normalizer) {
+        return converted(text, [normalizer](char16_t *to, std::int32_t room, const char16_t *from,
+                                            std::int32_t count, UErrorCode *status) {
+            return unorm2_normalize(normalizer, from, count, to, room, status);
+        });
+    };
+    UErrorCode status = U_ZERO_ERROR;
+    const UNormalizer2 *decomposing = unorm2_getNFDInstance(&status);
+    const UNormalizer2 *composing = unorm2_getNFCInstance(&status);
+    if (U_FAILURE(status))
+        return nullptr;
+    const std::u16string decomposed = normalized(view(), decomposing);
+    std::u16string stripped;
+    for (std::size_t index = 0; index < decomposed.size();) {
+        const std::size_t start = index;
+        UChar32 character = 0;
+        U16_NEXT(decomposed.data(), index, decomposed.size(), character);
+        if (u_charType(character) != U_NON_SPACING_MARK)
+            stripped.append(decomposed, start, index - start);
+    }
+    return normalized(stripped, composing);
 }
 
 NSComparisonResult NSString::caseInsensitiveCompare(const NSString &other) const {

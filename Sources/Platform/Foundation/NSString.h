@@ -27,6 +27,9 @@ inline constexpr NSStringCompareOptions NSLiteralSearch = 2;
 inline constexpr NSStringCompareOptions NSBackwardsSearch = 4;
 inline constexpr NSStringCompareOptions NSAnchoredSearch = 8;
 
+/// Takes nonspacing marks off the letters they stand on.
+inline constexpr const char16_t *NSStringTransformStripDiacritics = u"Strip Diacritics";
+
 /// An immutable, shared and nullable UTF-16 string: a value of two pointers that is cheap to copy and safe to
 /// share between threads. A null string answers length 0 and differs from an empty one. All positions are
 /// UTF-16 code units. Text that is being built is a `std::u16string`; functions that only read take
@@ -75,6 +78,8 @@ public:
     NSString uppercaseString() const;
     /// Full case folding, for comparisons without regard to case.
     NSString caseFoldedString() const;
+    /// The text with a transform applied; null for an unknown one, and for the reverse of one that has none.
+    NSString stringByApplyingTransform(std::u16string_view transform, bool reverse) const;
 
     /// Order by UTF-16 code units, the same on every machine.
     NSComparisonResult compare(const NSString &other) const;

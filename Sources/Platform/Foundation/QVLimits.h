@@ -16,8 +16,8 @@ inline constexpr std::size_t xmlDocumentBytes = 64u << 20;
 inline constexpr std::size_t archiveNestingDepth = 1024;
 /// Bytes of an archive.
 inline constexpr std::size_t archiveBytes = 256u << 20;
-/// Values in an archive, each counted as often as it is referred to; one takes the property list library about
-/// a hundred bytes. The same number bounds the entries of all lists that one decoding reads.
+/// Values in an archive, each counted as often as it is referred to; one takes the property list library
+/// about a hundred bytes. The same number bounds the entries of all lists that one decoding reads.
 inline constexpr std::size_t archiveReferences = 8u << 20;
 /// Containers inside one another in an archive's property list, which is flat: its objects name each other by
 /// index. The library reads containers by recursion.
@@ -44,6 +44,11 @@ inline constexpr std::size_t selectorChainLength = 1000;
 
 /// End patterns, built from a template and the text of a region's start, that one parse keeps compiled.
 inline constexpr std::size_t rememberedEndPatterns = 1024;
+
+/// Names whose grams are remembered, and the longest of them in units: some megabytes for the names of a
+/// large project, and nothing for texts that are no names.
+inline constexpr std::size_t rememberedGrams = 16384;
+inline constexpr std::size_t rememberedGramsLength = 256;
 
 /// Threads of one pool of workers, those that wait for others included. Tasks that wait for one another more
 /// deeply than this never end.
