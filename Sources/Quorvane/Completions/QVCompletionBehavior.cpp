@@ -1,6 +1,7 @@
 #include "Quorvane/Completions/QVCompletionBehavior.h"
 
 #include "Platform/Foundation/NSRegularExpression.h"
+#include "Quorvane/Symbols/QVSymbol.h"
 #include "Quorvane/Symbols/QVSymbolTypes.h"
 #include "Quorvane/XML/QVXMLAttributes.h"
 
@@ -52,6 +53,36 @@ void QVCompletionBehavior::readArguments(const QVXMLElement &element) {
     _shouldAppendEmptyArgumentList = !appendEmpty || QVAttributeIsTrue(appendEmpty);
     const NSString tokenize = element.valueForAttribute(u"tokenize");
     _shouldTokenizeArguments = !tokenize || QVAttributeIsTrue(tokenize);
+}
+
+NSString QVCompletionBehavior::completionStringWithText(const NSString &text, const QVSymbol *symbol) const {
+    // What is null adds nothing.
+    std::u16string result(_prepend.view());
+    result += text.view();
+    result += _append.view();
+    const auto arguments = symbol ? symbol->arguments() : std::nullopt;
+    if (!arguments || (arguments->empty() && !_shouldAppendEmptyArgumentList))
+        return result;
+
+    result += _argumentListPrefix.view();
+    if (_prependInitialArgumentListSeparator)
+        result += _argumentListSeparator.view();
+    bool isFirst = true;
+    for (const auto &argument : *arguments) {
+        if (!isFirst)
+            result += _argumentListSeparator.view();
+        isFirst = false;
+        result += _argumentPrefix.view();
+        if (_shouldTokenizeArguments)
+            result += u"$[";
+        if (argument)
+            result += argument->name().view();
+        if (_shouldTokenizeArguments)
+            result += u"]";
+        result += _argumentSuffix.view();
+    }
+    result += _argumentListSuffix.view();
+    return result;
 }
 
 std::shared_ptr<QVCompletionBehavior> QVCompletionBehavior::copy() const {

@@ -5,6 +5,7 @@
 namespace quorvane {
 
 class NSRegularExpression;
+class QVSymbol;
 class QVXMLElement;
 
 /// Says how an item that was offered turns into inserted text: what stands around it and around its
@@ -69,6 +70,11 @@ public:
     void setArgumentPrefix(NSString text) { _argumentPrefix = std::move(text); }
     const NSString &argumentSuffix() const { return _argumentSuffix; }
     void setArgumentSuffix(NSString text) { _argumentSuffix = std::move(text); }
+
+    /// The text to insert for an item: what stands around it, and the arguments of the symbol that it stands
+    /// for, as "$[name]" where they become tokens. A null symbol, or one that knows no arguments, gets no
+    /// list at all.
+    NSString completionStringWithText(const NSString &text, const QVSymbol *symbol) const;
 
     /// A behaviour with equal values but for `shouldTokenize`.
     std::shared_ptr<QVCompletionBehavior> copy() const;
