@@ -141,20 +141,13 @@ bool QVScopeMatch::canChangeSubmatches() const {
     return _hasSubmatches;
 }
 
-QVScopeMatchArray &QVScopeMatch::ensureSubmatches() {
-    auto &submatches = regionStorage()->submatches;
-    if (!submatches) {
-        submatches = std::make_unique<QVScopeMatchArray>();
-        submatches->reserve(10);
-    }
-    return *submatches;
-}
-
 NSUInteger QVScopeMatch::indexOfSubmatch(const QVScopeMatch *match) const {
+    if (match->_parentMatch != this)
+        return NSNotFound;
     const QVSubmatches children = submatches();
-    // Children stand in location order, several empty ones perhaps at one place.
+    const NSUInteger count = children.count();
     NSUInteger low = 0;
-    NSUInteger high = children.count();
+    NSUInteger high = count;
     while (low < high) {
         const NSUInteger middle = low + (high - low) / 2;
         if (children[middle]->_range.location < match->_range.location)
@@ -162,13 +155,16 @@ NSUInteger QVScopeMatch::indexOfSubmatch(const QVScopeMatch *match) const {
         else
             high = middle;
     }
-    for (; low < children.count() && children[low]->_range.location == match->_range.location; ++low)
-        if (children[low] == match)
-            return low;
-    // A child without a place stands outside of the order.
-    for (NSUInteger index = 0; index < children.count(); ++index)
-        if (children[index] == match)
-            return index;
+    // Several empty ones may stand at one place. And while a tree is repaired, the search may have been led
+    // astray by those that are to go: then the match is as near as they are many. A child without a place
+    // stands outside of the order, and near the end.
+    NSUInteger behind = low;
+    for (NSUInteger before = low; before > 0 || behind < count;) {
+        if (behind < count && children[behind++] == match)
+            return behind - 1;
+        if (before > 0 && children[--before] == match)
+            return before;
+    }
     return NSNotFound;
 }
 
@@ -178,46 +174,48 @@ void QVScopeMatch::setSubmatches(std::unique_ptr<QVScopeMatchArray> submatches) 
     if (!canChangeSubmatches())
         return;
     QVScopeMatchRegionStorage *const storage = regionStorage();
-    storage->submatches = std::move(submatches);
-    QVMatch *previous = nullptr;
-    if (storage->submatches) {
-        for (const QVScopeMatchReference &match : *storage->submatches) {
+    QVScopeMatch *previous = nullptr;
+    if (submatches) {
+        for (const QVScopeMatchReference &match : *submatches) {
             match->_parentMatch = this;
             match->_previousSibling = previous;
             if (previous != nullptr)
-                previous->setNextSibling(match.get());
+                previous->_nextSibling = match.get();
             previous = match.get();
         }
     }
-    const bool empty = !storage->submatches || storage->submatches->empty();
-    storage->firstChild = empty ? nullptr : storage->submatches->front().get();
-    storage->lastChild = empty ? nullptr : storage->submatches->back().get();
+    storage->firstChild = previous == nullptr ? nullptr : submatches->front().get();
+    storage->lastChild = previous;
+    storage->submatches.assign(std::move(submatches));
 }
 
-void QVScopeMatch::link(QVScopeMatch *submatch, NSUInteger atIndex) {
+void QVScopeMatch::insertRun(const QVScopeMatchReference *first, NSUInteger count, NSUInteger atIndex) {
+    if (count == 0)
+        return;
     QVScopeMatchRegionStorage *const storage = regionStorage();
-    const QVScopeMatchArray &matches = *storage->submatches;
-    submatch->_parentMatch = this;
-    submatch->_previousSibling = atIndex > 0 ? matches[atIndex - 1].get() : nullptr;
-    if (submatch->_previousSibling != nullptr)
-        submatch->_previousSibling->setNextSibling(submatch);
+    const NSUInteger index = std::min<NSUInteger>(atIndex, storage->submatches.count());
+    QVScopeMatch *const next = index < storage->submatches.count() ? storage->submatches[index] : nullptr;
+    // The outer links of the ends are their own matter.
+    QVMatch *const before = index == 0        ? nullptr
+                            : next != nullptr ? next->_previousSibling
+                                              : storage->lastChild;
+    QVMatch *previous = before;
+    for (NSUInteger run = 0; run < count; ++run) {
+        QVScopeMatch *const submatch = first[run].get();
+        submatch->_parentMatch = this;
+        submatch->_previousSibling = previous;
+        if (previous != nullptr)
+            previous->setNextSibling(submatch);
+        previous = submatch;
+    }
+    previous->setNextSibling(next);
+    if (next != nullptr)
+        next->_previousSibling = previous;
     else
-        storage->firstChild = submatch;
-    submatch->_nextSibling = atIndex < matches.size() ? matches[atIndex].get() : nullptr;
-    if (submatch->_nextSibling != nullptr)
-        submatch->_nextSibling->setPreviousSibling(submatch);
-    else
-        storage->lastChild = submatch;
-}
-
-void QVScopeMatch::unlink(QVScopeMatch *submatch) {
-    submatch->_parentMatch = nullptr;
-    if (submatch->_previousSibling != nullptr)
-        submatch->_previousSibling->setNextSibling(submatch->_nextSibling);
-    if (submatch->_nextSibling != nullptr)
-        submatch->_nextSibling->setPreviousSibling(submatch->_previousSibling);
-    submatch->_previousSibling = nullptr;
-    submatch->_nextSibling = nullptr;
+        storage->lastChild = previous->asScopeMatch();
+    if (before == nullptr)
+        storage->firstChild = first->get();
+    storage->submatches.insert(index, first, count);
 }
 
 void QVScopeMatch::insertSubmatch(QVScopeMatchReference submatch, NSUInteger atIndex) {
@@ -225,53 +223,65 @@ void QVScopeMatch::insertSubmatch(QVScopeMatchReference submatch, NSUInteger atI
         return;
     QVAssert(_range.location == NSNotFound || submatch->_range.location >= _range.location,
              u"Attempt to insert a submatch that precedes the parent");
-    QVScopeMatchArray &matches = ensureSubmatches();
-    const NSUInteger index = std::min<NSUInteger>(atIndex, matches.size());
-    link(submatch.get(), index);
-    matches.insert(matches.begin() + static_cast<std::ptrdiff_t>(index), std::move(submatch));
+    insertRun(&submatch, 1, atIndex);
 }
 
 void QVScopeMatch::insertSubmatches(const QVScopeMatchArray &submatches, const NSIndexSet &atIndexes) {
     if (!canChangeSubmatches())
         return;
-    QVScopeMatchArray &matches = ensureSubmatches();
-    std::size_t next = 0;
-    atIndexes.enumerateIndexesUsingBlock([&](NSUInteger atIndex, bool &stop) {
-        if (next == submatches.size()) {
-            stop = true;
-            return;
-        }
-        const NSUInteger index = std::min<NSUInteger>(atIndex, matches.size());
-        link(submatches[next].get(), index);
-        matches.insert(matches.begin() + static_cast<std::ptrdiff_t>(index), submatches[next++]);
-    });
+    NSUInteger next = 0;
+    // Neighbouring indexes come as one range, and their matches in one step.
+    for (const NSRange &range : atIndexes.ranges()) {
+        const NSUInteger count = std::min<NSUInteger>(range.length, submatches.size() - next);
+        insertRun(submatches.data() + next, count, range.location);
+        next += count;
+    }
 }
 
-void QVScopeMatch::removeSubmatchAtIndex(NSUInteger index) { removeSubmatchesAtIndexes({index}); }
+void QVScopeMatch::removeSubmatchAtIndex(NSUInteger index) {
+    if (!canChangeSubmatches())
+        return;
+    removeRuns({{index, 1}});
+}
 
 void QVScopeMatch::removeSubmatchesAtIndexes(const NSIndexSet &indexes) {
-    if (!canChangeSubmatches() || indexes.isEmpty())
+    if (canChangeSubmatches())
+        removeRuns(indexes.ranges());
+}
+
+void QVScopeMatch::removeRuns(const std::vector<NSRange> &runs) {
+    if (runs.empty())
         return;
     QVScopeMatchRegionStorage *const storage = regionStorage();
-    if (!storage->submatches || indexes.lastIndex() >= storage->submatches->size())
-        throw NSException(
-            NSRangeException,
-            NSString::stringWithFormat(u"Submatch index %lu is beyond the bounds", indexes.lastIndex()));
-    QVScopeMatchArray &matches = *storage->submatches;
+    if (NSMaxRange(runs.back()) > storage->submatches.count())
+        throw NSException(NSRangeException,
+                          NSString::stringWithFormat(u"Submatch index %lu is beyond the bounds",
+                                                     NSMaxRange(runs.back()) - 1));
     // Held until the end, so that links of neighbours that go too stay good while they are joined.
     QVScopeMatchArray removed;
-    QVScopeMatchArray::iterator kept = matches.begin() + static_cast<std::ptrdiff_t>(indexes.firstIndex());
-    for (NSUInteger index = indexes.firstIndex(); index < matches.size(); ++index) {
-        if (indexes.containsIndex(index)) {
-            unlink(matches[index].get());
-            removed.push_back(std::move(matches[index]));
-        } else {
-            *kept++ = std::move(matches[index]);
-        }
+    for (auto run = runs.rbegin(); run != runs.rend(); ++run)
+        takeRun(*run, removed);
+}
+
+void QVScopeMatch::takeRun(NSRange run, QVScopeMatchArray &into) {
+    QVScopeMatchRegionStorage *const storage = regionStorage();
+    const std::size_t first = into.size();
+    storage->submatches.take(run, into);
+    QVMatch *const before = run.location == 0 ? nullptr : into[first]->_previousSibling;
+    QVMatch *const behind = run.location == storage->submatches.count() ? nullptr : into.back()->_nextSibling;
+    for (std::size_t index = first; index < into.size(); ++index) {
+        into[index]->_parentMatch = nullptr;
+        into[index]->_previousSibling = nullptr;
+        into[index]->_nextSibling = nullptr;
     }
-    matches.erase(kept, matches.end());
-    storage->firstChild = matches.empty() ? nullptr : matches.front().get();
-    storage->lastChild = matches.empty() ? nullptr : matches.back().get();
+    if (before != nullptr)
+        before->setNextSibling(behind);
+    else
+        storage->firstChild = behind != nullptr ? behind->asScopeMatch() : nullptr;
+    if (behind != nullptr)
+        behind->setPreviousSibling(before);
+    else
+        storage->lastChild = before != nullptr ? before->asScopeMatch() : nullptr;
 }
 
 // Associations

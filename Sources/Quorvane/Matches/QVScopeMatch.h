@@ -2,6 +2,7 @@
 
 #include "Quorvane/Matches/QVMatch.h"
 #include "Quorvane/Matches/QVMatchPool.h"
+#include "Quorvane/Matches/QVSubmatches.h"
 
 namespace quorvane {
 
@@ -15,46 +16,13 @@ struct QVScopeMatchStorage {
 };
 struct QVScopeMatchRegionStorage : QVScopeMatchStorage {
     NSRange endRange = NSNotFoundRange;
-    std::unique_ptr<QVScopeMatchArray> submatches;
+    QVSubmatchStore submatches;
     QVScopeMatch *firstChild = nullptr;
     QVScopeMatch *lastChild = nullptr;
     std::unique_ptr<QVCaptureMatchArray> endCaptureMatches;
 };
 struct QVScopeMatchSymbolStorage : QVScopeMatchRegionStorage {
     QVParseSymbol *symbol = nullptr;
-};
-
-/// The children of a match, in location order: a small view that stays good until they change. Null-like for
-/// matches that are no containers, and for containers that never had any.
-class QVSubmatches {
-public:
-    QVSubmatches() = default;
-    explicit QVSubmatches(const QVScopeMatchArray *matches) : _matches(matches) {}
-
-    explicit operator bool() const { return _matches != nullptr; }
-    NSUInteger count() const { return _matches ? _matches->size() : 0; }
-    bool isEmpty() const { return count() == 0; }
-    /// The child at an index below the count.
-    QVScopeMatch *operator[](NSUInteger index) const { return (*_matches)[index].get(); }
-
-    class Iterator {
-    public:
-        explicit Iterator(const QVScopeMatchReference *match) : _match(match) {}
-        QVScopeMatch *operator*() const { return _match->get(); }
-        Iterator &operator++() {
-            ++_match;
-            return *this;
-        }
-        bool operator==(const Iterator &) const = default;
-
-    private:
-        const QVScopeMatchReference *_match;
-    };
-    Iterator begin() const { return Iterator(_matches ? _matches->data() : nullptr); }
-    Iterator end() const { return Iterator(_matches ? _matches->data() + _matches->size() : nullptr); }
-
-private:
-    const QVScopeMatchArray *_matches = nullptr;
 };
 
 /// A match of a scope: a leaf, or a region with children between its start and its end. The scope must
@@ -126,12 +94,13 @@ public:
     /// As `nextMatch`.
     static QVScopeMatch *directNextMatch(const QVScopeMatch *match);
     static inline NSUInteger directSubmatchesCount(const QVScopeMatch *match) {
-        return match ? match->submatches().count() : 0;
+        return match && match->_hasSubmatches ? match->regionStorage()->submatches.count() : 0;
     }
     QVSubmatches submatches() const {
-        return QVSubmatches(_hasSubmatches ? regionStorage()->submatches.get() : nullptr);
+        return _hasSubmatches ? QVSubmatches(regionStorage()->submatches) : QVSubmatches();
     }
-    /// The child's index, `NSNotFound` where it is none. Found by its location.
+    /// The child's index, `NSNotFound` where it is none. Found by its location; while old and new matches
+    /// stand side by side, each in its own coordinates, among what is between the two.
     NSUInteger indexOfSubmatch(const QVScopeMatch *match) const;
     /// Replaces the children and links them; null takes them all away. The new ones must not be linked
     /// elsewhere.
@@ -168,10 +137,10 @@ private:
     QVScopeMatchSymbolStorage *symbolStorage() const {
         return static_cast<QVScopeMatchSymbolStorage *>(_storage);
     }
-    QVScopeMatchArray &ensureSubmatches();
     bool canChangeSubmatches() const;
-    void link(QVScopeMatch *submatch, NSUInteger atIndex);
-    void unlink(QVScopeMatch *submatch);
+    void insertRun(const QVScopeMatchReference *first, NSUInteger count, NSUInteger atIndex);
+    void removeRuns(const std::vector<NSRange> &runs);
+    void takeRun(NSRange run, QVScopeMatchArray &into);
 
     const QVScope *_scope;
     QVScopeMatchStorage *_storage = nullptr;
