@@ -28,7 +28,9 @@ void QVLoadable::loadResolvedSyntax(const std::shared_ptr<QVSyntax> &syntax) {
 
 void QVLoadable::recursivelyApplySyntax(const std::shared_ptr<QVSyntax> &syntax,
                                         const std::shared_ptr<QVScope> &toScope) {
-    toScope->setParentSyntax(syntax);
+    // A syntax that comes back has its grammar connected anew while parses that never let go of it read.
+    if (toScope->parentSyntax() != syntax)
+        toScope->setParentSyntax(syntax);
     for (const auto &subscope : toScope->subscopes())
         recursivelyApplySyntax(syntax, subscope);
 }

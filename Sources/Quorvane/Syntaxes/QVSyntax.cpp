@@ -60,7 +60,9 @@ std::shared_ptr<QVGrammar> QVSyntax::grammarResolvingIfNecessary(bool resolve) c
         return grammar;
     unpackGrammar();
     connectGrammar();
-    return visibleGrammar();
+    // Also where an unload has come in between, behind which the grammar is not to be seen any more.
+    const std::lock_guard guard(_stateLock);
+    return _grammar;
 }
 
 void QVSyntax::unpackGrammar() const {
