@@ -3,10 +3,7 @@
 #include "Platform/Foundation/NSLog.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Quorvane/Completions/QVCompletionProvider.h"
-#if __has_include("Quorvane/Completions/QVCompletionSet.h")
 #include "Quorvane/Completions/QVCompletionSet.h"
-#define QV_HAS_SETS 1
-#endif
 #include "Quorvane/Packages/QVPackage.h"
 #include "Quorvane/Packages/QVPackageLock.h"
 #include "Quorvane/Styles/QVStyle.h"
@@ -67,8 +64,7 @@ void registerSyntaxes(const std::shared_ptr<QVPackage> &package) {
     }
 }
 
-void registerCompletionSets([[maybe_unused]] const std::shared_ptr<QVPackage> &package) {
-#ifdef QV_HAS_SETS
+void registerCompletionSets(const std::shared_ptr<QVPackage> &package) {
     for (const auto &[name, set] : package->completionSets()) {
         if (name.length() == 0 || !set)
             continue;
@@ -80,7 +76,6 @@ void registerCompletionSets([[maybe_unused]] const std::shared_ptr<QVPackage> &p
         else
             QVCompletionSet::setCompletionSet(set, name);
     }
-#endif
 }
 
 void connectProviders(const std::shared_ptr<QVPackage> &package) {
@@ -197,18 +192,14 @@ void QVLoadable::unloadPackagesFromSyntaxEngine(const Packages &packages) {
     const PackageSet leaving(packages.begin(), packages.end());
     // Snapshots outlive the lock, so that what goes for good is freed without it.
     std::map<NSString, std::shared_ptr<QVSyntax>> syntaxes;
-#ifdef QV_HAS_SETS
-    decltype(QVCompletionSet::allCompletionSets()) completionSets;
-#endif
+    QVCompletionSet::Sets completionSets;
 #ifdef QV_HAS_THEMES
     decltype(QVTheme::allThemes()) themes;
 #endif
 
     const WriteGuard guard(QVPackageLock());
     syntaxes = QVSyntax::allSyntaxes();
-#ifdef QV_HAS_SETS
     completionSets = QVCompletionSet::allCompletionSets();
-#endif
 #ifdef QV_HAS_THEMES
     themes = QVTheme::allThemes();
 #endif
@@ -228,14 +219,12 @@ void QVLoadable::unloadPackagesFromSyntaxEngine(const Packages &packages) {
         QVSyntax::setSyntax(nullptr, name);
         syntax->didUnloadFromPackage();
     }
-#ifdef QV_HAS_SETS
     for (const auto &[name, set] : completionSets) {
         if (!leaves(*set, leaving))
             continue;
         QVCompletionSet::setCompletionSet(nullptr, name);
         set->didUnloadFromPackage();
     }
-#endif
 #ifdef QV_HAS_THEMES
     for (const auto &theme : themes) {
         if (!leaves(*theme, leaving))

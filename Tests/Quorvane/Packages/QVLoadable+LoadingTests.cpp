@@ -1,3 +1,4 @@
+#include "Quorvane/Completions/QVCompletionSet.h"
 #include "Quorvane/Packages/QVPackageLock.h"
 #include "Tests/Quorvane/Packages/PackageFixture.h"
 #include "Tests/Support/Recorders.h"
@@ -158,6 +159,45 @@ TEST(QVLoadableLoading, EmptyPlacesInWhatAHostGivesArePassedOver) {
     EXPECT_THAT(QVLoadable::loadedPackages(), ElementsAre(Pair(NSString(u"one"), package)));
     EXPECT_EQ(QVSyntax::syntaxForName(u"nothing"), nullptr);
     EXPECT_THAT(log.messages(), IsEmpty());
+}
+
+TEST(QVLoadableLoading, CompletionSetsAreRegisteredByName) {
+    const auto package = packageNamed(u"one");
+    const auto set = std::make_shared<QVCompletionSet>();
+    package->ownSets[u"words"] = set;
+    const LoadedPackages loaded({package});
+    EXPECT_EQ(QVCompletionSet::completionSetForName(u"words"), set);
+    EXPECT_EQ(set->package(), package);
+}
+
+TEST(QVLoadableLoading, ATakenCompletionSetNameLeavesTheOldSetInPlace) {
+    const auto first = packageNamed(u"first");
+    const auto old = first->ownSets[u"taken"] = std::make_shared<QVCompletionSet>();
+    const LoadedPackages loadedFirst({first});
+    const auto second = packageNamed(u"second");
+    const auto refused = second->ownSets[u"taken"] = std::make_shared<QVCompletionSet>();
+    const LogRecorder log;
+    {
+        const LoadedPackages loadedSecond({second});
+        EXPECT_THAT(log.messages(),
+                    ElementsAre(u"Another completion set with the identifier \"taken\" is already loaded. "
+                                u"Ignoring the new one."));
+        EXPECT_EQ(QVCompletionSet::completionSetForName(u"taken"), old);
+        EXPECT_EQ(refused->package(), second);
+    }
+    EXPECT_EQ(QVCompletionSet::completionSetForName(u"taken"), old);
+}
+
+TEST(QVLoadableLoading, ACompletionSetUnderAnEmptyNameIsPassedOverSilently) {
+    const auto package = packageNamed(u"one");
+    const auto set = std::make_shared<QVCompletionSet>();
+    package->ownSets[u""] = set;
+    package->ownSets[u"nothing"] = nullptr;
+    const LogRecorder log;
+    const LoadedPackages loaded({package});
+    EXPECT_THAT(log.messages(), IsEmpty());
+    EXPECT_EQ(set->package(), nullptr);
+    EXPECT_THAT(QVCompletionSet::allCompletionSets(), IsEmpty());
 }
 
 TEST(QVLoadableLoading, AProviderReachesSyntaxesOfLaterPackagesOfTheSameCall) {

@@ -1,3 +1,4 @@
+#include "Quorvane/Completions/QVCompletionSet.h"
 #include "Quorvane/Scopes/QVCapture.h"
 #include "Tests/Quorvane/Packages/PackageFixture.h"
 #include "Tests/Support/Recorders.h"
@@ -238,6 +239,22 @@ TEST(QVLoadableUnloading, AGoingSyntaxKeepsTheProvidersOfStayingPackages) {
     ASSERT_THAT(syntax->completionProviders(), ElementsAre(provider, ownProvider));
     QVLoadable::unloadPackagesFromSyntaxEngine({going});
     EXPECT_THAT(syntax->completionProviders(), ElementsAre(provider));
+}
+
+TEST(QVLoadableUnloading, CompletionSetsLeaveTheRegistry) {
+    const auto going = packageNamed(u"going");
+    going->ownSets[u"of-the-going"] = std::make_shared<QVCompletionSet>();
+    const auto staying = packageNamed(u"staying");
+    staying->ownSets[u"of-the-staying"] = std::make_shared<QVCompletionSet>();
+    const auto ownerless = std::make_shared<QVCompletionSet>();
+    QVCompletionSet::setCompletionSet(ownerless, u"of-nobody");
+    const LoadedPackages loaded({staying});
+    QVLoadable::loadPackagesIntoSyntaxEngine({going});
+    QVLoadable::unloadPackagesFromSyntaxEngine({nullptr, going});
+    EXPECT_EQ(QVCompletionSet::completionSetForName(u"of-the-going"), nullptr);
+    EXPECT_EQ(QVCompletionSet::completionSetForName(u"of-the-staying"), staying->ownSets[u"of-the-staying"]);
+    EXPECT_EQ(QVCompletionSet::completionSetForName(u"of-nobody"), ownerless);
+    QVCompletionSet::setCompletionSet(nullptr, u"of-nobody");
 }
 
 TEST(QVLoadableUnloading, WhatNobodyHoldsIsFreed) {
