@@ -28,6 +28,8 @@ NSString NSError::localizedDescription() const {
                                       _code);
 }
 
+NSString NSError::localizedFailureReason() const { return stringForKey(NSLocalizedFailureReasonErrorKey); }
+
 NSString NSError::localizedRecoverySuggestion() const {
     return stringForKey(NSLocalizedRecoverySuggestionErrorKey);
 }

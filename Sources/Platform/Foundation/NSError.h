@@ -11,6 +11,7 @@ namespace quorvane {
 class NSError;
 
 inline constexpr const char16_t *NSLocalizedDescriptionKey = u"NSLocalizedDescription";
+inline constexpr const char16_t *NSLocalizedFailureReasonErrorKey = u"NSLocalizedFailureReason";
 inline constexpr const char16_t *NSLocalizedRecoverySuggestionErrorKey = u"NSLocalizedRecoverySuggestion";
 inline constexpr const char16_t *NSUnderlyingErrorKey = u"NSUnderlyingError";
 /// Errors of reading files; the code is the system's error number.
@@ -36,6 +37,7 @@ public:
     /// The description in the user info, or one made of domain and code.
     NSString localizedDescription() const;
     /// Null where there is none.
+    NSString localizedFailureReason() const;
     NSString localizedRecoverySuggestion() const;
     std::shared_ptr<NSError> underlyingError() const;
     /// The string or number of a user info entry; null or an empty optional where there is none of that type.
