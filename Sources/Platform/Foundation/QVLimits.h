@@ -50,6 +50,9 @@ inline constexpr std::size_t rememberedEndPatterns = 1024;
 inline constexpr std::size_t rememberedGrams = 16384;
 inline constexpr std::size_t rememberedGramsLength = 256;
 
+/// Names of fonts whose faces are remembered; archives can bring any number of names.
+inline constexpr std::size_t rememberedFontNames = 1024;
+
 /// Threads of one pool of workers, those that wait for others included. Tasks that wait for one another more
 /// deeply than this never end.
 inline constexpr std::size_t dispatchThreads = 512;
