@@ -23,6 +23,7 @@ class QVParseDelegate;
 class QVParseScopeTrace;
 class QVParseSymbol;
 class QVParseText;
+class QVReparse;
 class QVRegularExpression;
 class QVRegularExpressionMatchContext;
 class QVRememberedSearch;
@@ -140,6 +141,18 @@ public:
                                      QVBlock<void(double)> progressBlock);
     void clearAllMatches();
 
+    /// The first match, from the given one on in document order, that holds the location in its range or its
+    /// end range or begins there; a region also on leaving its last child. For trees that an edit is at work
+    /// on, whose new and old nodes stand at places of two texts. Null where there is none.
+    static QVScopeMatch *matchAtLocation(NSUInteger location, QVScopeMatch *withDirtyMatchesStartingAtMatch);
+    /// Moves everything behind a match, and the ends of the regions around it, by a change of the text's
+    /// length; what is marked to be skipped stands there already. Moving something before the text's start is
+    /// a programming error.
+    static void bumpRangesBy(NSInteger delta, QVScopeMatch *afterMatch);
+    /// From a position in the new text to one in the old.
+    static NSUInteger positionForPositionInOriginalRange(NSUInteger position, NSRange editedRange,
+                                                         NSInteger changeInLength);
+
     // Location queries, with read access
 
     /// The match at a location, or the root match. The optional syntax is the one in force there.
@@ -168,6 +181,7 @@ public:
 
 private:
     friend struct QVParsePass;
+    friend class QVReparse;
     QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity, QVParseConcurrencyType concurrencyType);
     std::shared_ptr<QVParse> self();
 
@@ -180,6 +194,7 @@ private:
 
     // Regions and lines
     struct Plan;
+    NSRange parseWholeText();
     void parseRecursivelyStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, NSRange range,
                                              NSUInteger insertionIndex);
     const std::vector<std::shared_ptr<QVScope>> &scopeListForMatch(QVScopeMatch *match);
