@@ -4,6 +4,7 @@
 #include "Platform/Foundation/NSKeyedArchiver.h"
 #include "Tests/Support/Printing.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace quorvane::test {
@@ -48,6 +49,9 @@ public:
                                 const NSString &key) override {
         note(key, "string dictionary", values.has_value());
     }
+    void encodeDoubles(const std::optional<std::vector<double>> &values, const NSString &key) override {
+        note(key, "doubles", values.has_value());
+    }
     void encodeObjectArray(const std::optional<std::vector<std::shared_ptr<const NSSecureCoding>>> &values,
                            const NSString &key) override {
         note(key, "array", values.has_value());
@@ -77,6 +81,28 @@ inline std::vector<std::string> archivedKeys(const NSSecureCoding &object) {
     for (const auto &[key, kind] : recorder.kinds())
         result.push_back(key.UTF8String() + ": " + kind);
     return result;
+}
+
+/// An object that writes whatever a test wants in the name of another class, as a hostile archive would.
+class Forged final : public NSSecureCoding {
+public:
+    Forged(const NSCodingClass &codingClass, std::function<void(NSCoder &coder)> write)
+        : _codingClass(codingClass), _write(std::move(write)) {}
+    const NSCodingClass &classForCoder() const override { return _codingClass; }
+    void encodeWithCoder(NSCoder &coder) const override { _write(coder); }
+    std::shared_ptr<NSSecureCoding> initWithCoder(NSCoder &, std::shared_ptr<NSSecureCoding>) override {
+        return nullptr;
+    }
+
+private:
+    const NSCodingClass &_codingClass;
+    std::function<void(NSCoder &coder)> _write;
+};
+
+/// What a class makes of forged fields; null where it refuses them.
+template <typename T> std::shared_ptr<T> readForged(std::function<void(NSCoder &coder)> write) {
+    return NSKeyedUnarchiver::unarchivedObjectOfClass<T>(NSKeyedArchiver::archivedDataWithRootObject(
+        std::make_shared<const Forged>(T::codingClass(), std::move(write))));
 }
 
 } // namespace quorvane::test

@@ -14,35 +14,34 @@ constexpr cmsCIExyY whiteD65{0.3127, 0.3290, 1};
 struct ProfileCloser {
     void operator()(void *profile) const { cmsCloseProfile(profile); }
 };
-struct CurveFreer {
-    void operator()(cmsToneCurve *curve) const { cmsFreeToneCurve(curve); }
-};
 struct TransformDeleter {
     void operator()(void *transform) const { cmsDeleteTransform(transform); }
 };
 using Profile = std::unique_ptr<void, ProfileCloser>;
-using Curve = std::unique_ptr<cmsToneCurve, CurveFreer>;
 using Transform = std::unique_ptr<void, TransformDeleter>;
 
-/// The curve of sRGB with its straight piece near black.
-Curve makeCurve() {
-    const cmsFloat64Number parameters[] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
-    return Curve(cmsBuildParametricToneCurve(nullptr, 4, parameters));
+/// From the curve that all of the spaces share to light, and back. The library is given light alone: its own
+/// curves go on straight below zero, where ours are mirrored as wide gamuts are usually written.
+CGFloat linear(CGFloat encoded) {
+    const CGFloat size = std::abs(encoded);
+    return std::copysign(size <= 0.04045 ? size / 12.92 : std::pow((size + 0.055) / 1.055, 2.4), encoded);
+}
+CGFloat encoded(CGFloat linear) {
+    const CGFloat size = std::abs(linear);
+    return std::copysign(size <= 0.0031308 ? size * 12.92 : 1.055 * std::pow(size, 1 / 2.4) - 0.055, linear);
 }
 
-Profile makeProfile(Kind kind) {
-    const Curve curve = makeCurve();
+Profile makeLinearProfile(Kind kind) {
+    const std::unique_ptr<cmsToneCurve, decltype(&cmsFreeToneCurve)> curve(cmsBuildGamma(nullptr, 1),
+                                                                           cmsFreeToneCurve);
     if (!curve)
         return nullptr;
-    cmsToneCurve *curves[] = {curve.get(), curve.get(), curve.get()};
     if (kind == Kind::DeviceGray)
         return Profile(cmsCreateGrayProfile(cmsD50_xyY(), curve.get()));
-    if (kind == Kind::DisplayP3) {
-        const cmsCIExyYTRIPLE primaries{{0.680, 0.320, 1}, {0.265, 0.690, 1}, {0.150, 0.060, 1}};
-        return Profile(cmsCreateRGBProfile(&whiteD65, &primaries, curves));
-    }
-    const cmsCIExyYTRIPLE primaries{{0.640, 0.330, 1}, {0.300, 0.600, 1}, {0.150, 0.060, 1}};
-    return Profile(cmsCreateRGBProfile(&whiteD65, &primaries, curves));
+    const cmsCIExyYTRIPLE standard{{0.640, 0.330, 1}, {0.300, 0.600, 1}, {0.150, 0.060, 1}};
+    const cmsCIExyYTRIPLE wide{{0.680, 0.320, 1}, {0.265, 0.690, 1}, {0.150, 0.060, 1}};
+    cmsToneCurve *curves[] = {curve.get(), curve.get(), curve.get()};
+    return Profile(cmsCreateRGBProfile(&whiteD65, kind == Kind::DisplayP3 ? &wide : &standard, curves));
 }
 
 cmsUInt32Number lcmsIntent(CGColorRenderingIntent intent) {
@@ -66,7 +65,7 @@ cmsHTRANSFORM sharedTransform(Kind from, Kind to, CGColorRenderingIntent intent)
     const std::lock_guard lock(mutex);
     auto &transform = transforms[{from, to, lcmsIntent(intent)}];
     if (!transform) {
-        const Profile source = makeProfile(from), target = makeProfile(to);
+        const Profile source = makeLinearProfile(from), target = makeLinearProfile(to);
         const auto format = [](Kind kind) { return kind == Kind::DeviceGray ? TYPE_GRAY_DBL : TYPE_RGB_DBL; };
         if (source && target)
             transform.reset(cmsCreateTransform(source.get(), format(from), target.get(), format(to),
@@ -95,8 +94,9 @@ CGColorRef CGColorCreateCopyByMatchingToColorSpace(const CGColorSpaceRef &space,
     const cmsHTRANSFORM transform = sharedTransform(from, to, intent);
     if (!transform)
         return nullptr;
-    std::array<CGFloat, 3> result{};
-    cmsDoTransform(transform, own.data(), result.data(), 1);
+    std::array<CGFloat, 3> light{linear(own[0]), linear(own[1]), linear(own[2])}, result{};
+    cmsDoTransform(transform, light.data(), result.data(), 1);
+    std::ranges::transform(result, result.begin(), encoded);
     if (to == Kind::DeviceGray)
         return CGColorCreate(space, {result[0], own.back()});
     return CGColorCreate(space, {result[0], result[1], result[2], own.back()});
