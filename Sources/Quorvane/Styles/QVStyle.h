@@ -4,6 +4,7 @@
 #include "Platform/Foundation/NSURL.h"
 #include "Quorvane/Packages/QVLoadable.h"
 #include "Quorvane/Selectors/QVSimpleSelector.h"
+#include "Quorvane/Styles/QVColor.h"
 #include "Quorvane/Styles/QVStyleAttributes.h"
 
 namespace quorvane {
@@ -22,6 +23,15 @@ public:
     /// markers included. The result has neither selector nor properties.
     static std::shared_ptr<QVStyle>
     styleByResolvingStyles(const std::vector<std::shared_ptr<QVStyle>> &styles);
+
+    /// The colour that a theme writes: a name, "#" with three or six hexadecimal digits, "rgb(1, 2, 3)" of 0
+    /// to 255, "hsb(1, 2%, 3%)" and "hsl(1, 2%, 3%)" of degrees and percents, each with an "a" and an alpha
+    /// of 0 to 1 besides, and "color(srgb 1 0 0 / 0.5)" or "color(display-p3 ...)". Small letters alone;
+    /// numbers are not held to their range. Null for null, "none", "default", "inherit" and whatever is no
+    /// colour.
+    static std::shared_ptr<const QVColor> colorWithCSSValue(const NSString &value);
+    /// The colour of one of 146 names, small letters alone; null for any other.
+    static std::shared_ptr<const QVColor> colorWithCSSName(const NSString &name);
 
     /// Null on a merged style.
     const std::shared_ptr<const QVSimpleSelector> &selector() const { return _selector; }
