@@ -46,6 +46,16 @@ QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &paren
             if (includesAttempted.insert(resolved.get()).second)
                 add(*resolved);
     });
+    std::vector<QVCandidateTable::Pattern> patterns;
+    for (std::uint32_t index = 0; index < plan.entries.size(); ++index) {
+        const Plan::Entry &entry = plan.entries[index];
+        const bool isTabled = QVCandidateTable::canHold(*entry.scope, entry.search->expression());
+        (isTabled ? plan.tabled : plan.untabled).members.push_back(index);
+        if (isTabled)
+            patterns.push_back({entry.scope, entry.search.get(), index});
+    }
+    if (!patterns.empty())
+        plan.table = std::make_unique<QVCandidateTable>(std::move(patterns));
     return _pass->plans.emplace(key, std::move(plan)).first->second;
 }
 
@@ -112,6 +122,17 @@ QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVPars
     return matchForHit(scope, stream.search->sharedExpression(), matchData, stream.hit, false);
 }
 
+bool QVParse::canWalkAlongLine(const Plan &plan, const QVParseLine &line) const {
+    // Beside halves of characters patterns take steps of their own.
+    if (!plan.table || line.hasSurrogates || !QVRegularExpression::isSearchBoundary(_text->characters(), line.start))
+        return false;
+    if (plan.table->foldsCase() && !line.isPlain())
+        return false;
+    // What a region may not hold where it starts is looked into hit by hit.
+    const QVScopeMatch *const open = _pass->parseStackMatches.back();
+    return open->scope()->type() == QVScopeTypeRoot || open->range().location != line.start;
+}
+
 QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree,
                                             const Scopes &scopes, const QVParseLine &line, NSUInteger end,
                                             NSUInteger cutoffStart) {
@@ -144,7 +165,7 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
             return;
         if (const auto expression = regularExpressionForCutoff(cutoff, ancestor)) {
             auto search = rememberedSearch(expression);
-            start({&cutoff, search.get(), true, true, search}, cutoffFrom);
+            start({&cutoff, search.get(), true, true, -1, search}, cutoffFrom);
         }
     };
     if (!isRoot)
@@ -152,16 +173,32 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
     if (!scope.isAtomic())
         forEachCutoff(startCutoff);
     Plan &plan = planForScopes(scopes, scope);
-    plan.beginLine(line, context.text, context.generation);
-    // What has nothing left on this line is not asked again when a region on it has ended.
-    std::size_t kept = 0;
-    for (const std::uint32_t index : plan.alive) {
-        const Plan::Entry &entry = plan.entries[index];
-        start({entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false}, line.start);
-        if (!entry.search->isExhausted(line, context.generation))
-            plan.alive[kept++] = index;
-    }
-    plan.alive.resize(kept);
+    const auto startPart = [&](Plan::Part &part) {
+        part.beginLine(plan.entries, line, context.text, context.generation);
+        // What has nothing left on this line is not asked again when a region on it has ended.
+        std::size_t kept = 0;
+        for (const std::uint32_t index : part.alive) {
+            const Plan::Entry &entry = plan.entries[index];
+            start({entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false,
+                   static_cast<std::int32_t>(index)},
+                  line.start);
+            if (!entry.search->isExhausted(line, context.generation))
+                part.alive[kept++] = index;
+        }
+        part.alive.resize(kept);
+    };
+    startPart(plan.untabled);
+    std::optional<QVLineWalk> walk;
+    const auto stopWalking = [&] {
+        walk.reset();
+        startPart(plan.tabled);
+        std::stable_sort(streams.begin(), streams.end(),
+                         [](const Stream &a, const Stream &b) { return a.order < b.order; });
+    };
+    if (canWalkAlongLine(plan, line))
+        walk.emplace(*plan.table, line, context);
+    else
+        stopWalking();
 
     // What lies before this place is covered, or was refused.
     NSUInteger open = line.start;
@@ -187,6 +224,25 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
                 best = &stream;
             ++index;
         }
+        Stream walked{};
+        if (walk) {
+            const QVLineWalk::Result result = walk->find(open, best ? best->hit.location : NSNotFound);
+            if (result == QVLineWalk::Unknown) {
+                stopWalking();
+                continue;
+            }
+            if (result == QVLineWalk::Found) {
+                const QVCandidateTable::Pattern &pattern = walk->pattern();
+                walked.scope = pattern.scope;
+                walked.search = pattern.search;
+                walked.order = static_cast<std::int32_t>(pattern.order);
+                walked.hit = walk->hit();
+                walked.searchedFrom = walked.hit.location;
+                if (best == nullptr || walked.hit.location < best->hit.location ||
+                    (!best->isEnd && walked.order < best->order))
+                    best = &walked;
+            }
+        }
         // The line ending holds its place against everything but the region's end.
         if (best != nullptr && line.hasNewline() && best->hit.location == line.newline.location &&
             !best->isEnd)
@@ -206,14 +262,21 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
             return {Step::RegionEnded};
         open = std::max(hit.location + 1, NSMaxRange(hit));
         covered = NSMaxRange(hit);
-        if (!intoTree.back()->isStart())
+        if (!intoTree.back()->isStart()) {
+            if (best == &walked)
+                walk->take();
+            else if (walk)
+                walk->cover(hit);
             continue;
+        }
         const Step step = enterRegion(intoTree, end);
         if (step.kind == Step::ContinueAt)
             return step;
         // Other candidates at the place of a region that came to nothing were refused for its sake.
         covered = step.location;
         open = hit.location + 1;
+        if (walk)
+            stopWalking();
     }
 }
 

@@ -230,6 +230,7 @@ private:
     Step matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
                               const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart);
     Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope);
+    bool canWalkAlongLine(const Plan &plan, const QVParseLine &line) const;
     bool findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope,
                        const QVSearchContext &context);
     /// Reports all empty hits on the line at once, as the plain way does, which looks at all of them.

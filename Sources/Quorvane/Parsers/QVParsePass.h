@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Quorvane/Parsers/QVCandidateTable.h"
 #include "Quorvane/Parsers/QVParse.h"
 #include "Quorvane/Parsers/QVRememberedSearch.h"
 #include "Quorvane/Scopes/QVScope.h"
@@ -28,6 +29,8 @@ struct QVParse::Stream {
     bool isEnd;
     /// Stands for a cut-off, whose hits are checked by nothing.
     bool isCutoff;
+    /// The place in the order of preference; ends and cut-offs come before all.
+    std::int32_t order = -1;
     /// Keeps the search of a cut-off, which the parse may forget while the stream is in use.
     std::shared_ptr<QVRememberedSearch> kept = nullptr;
     bool interpreted = false;
@@ -49,29 +52,36 @@ struct QVParse::Plan {
         const QVScope *scope;
         std::shared_ptr<QVRememberedSearch> search;
     };
-    std::vector<Entry> entries;
+    /// Some of the entries, and which of them may still hit on the line that was last begun.
+    struct Part {
+        std::vector<std::uint32_t> members;
+        std::vector<std::uint32_t> alive;
+        std::uint64_t aliveGeneration = 0;
+        NSUInteger aliveFrom = 0;
+        NSUInteger aliveEnd = 0;
 
-    /// The entries that may still hit on the line that was last begun, and from where on that holds.
-    std::vector<std::uint32_t> alive;
-    std::uint64_t aliveGeneration = 0;
-    NSUInteger aliveFrom = 0;
-    NSUInteger aliveEnd = 0;
-
-    void beginLine(const QVParseLine &line, std::u16string_view text, std::uint64_t generation) {
-        const bool isBoundary = QVRegularExpression::isSearchBoundary(text.data(), line.start);
-        if (isBoundary && aliveGeneration == generation && aliveEnd == line.contentsEnd &&
-            line.start >= aliveFrom) {
+        void beginLine(const std::vector<Entry> &entries, const QVParseLine &line, std::u16string_view text,
+                       std::uint64_t generation) {
+            const bool isBoundary = QVRegularExpression::isSearchBoundary(text.data(), line.start);
+            if (isBoundary && aliveGeneration == generation && aliveEnd == line.contentsEnd &&
+                line.start >= aliveFrom) {
+                aliveFrom = line.start;
+                return;
+            }
+            aliveGeneration = isBoundary ? generation : 0;
+            aliveEnd = line.contentsEnd;
             aliveFrom = line.start;
-            return;
+            alive.clear();
+            for (const std::uint32_t index : members)
+                if (entries[index].search->canStartOnLine(line))
+                    alive.push_back(index);
         }
-        aliveGeneration = isBoundary ? generation : 0;
-        aliveEnd = line.contentsEnd;
-        aliveFrom = line.start;
-        alive.clear();
-        for (std::uint32_t index = 0; index < entries.size(); ++index)
-            if (entries[index].search->canStartOnLine(line))
-                alive.push_back(index);
-    }
+    };
+    std::vector<Entry> entries;
+    /// Those of the table, and those that need searches of their own even where the table serves.
+    Part tabled;
+    Part untabled;
+    std::unique_ptr<QVCandidateTable> table;
 };
 
 /// The state of the parser at work, and what it keeps from line to line. Only the writer touches it.

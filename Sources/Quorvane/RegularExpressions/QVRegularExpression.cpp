@@ -111,6 +111,11 @@ bool QVRegularExpression::compile(std::shared_ptr<NSError> *error) {
     std::uint32_t captureCount = 0;
     pcre2_pattern_info_16(_code, PCRE2_INFO_CAPTURECOUNT, &captureCount);
     _captureCount = captureCount;
+    std::uint32_t highestReference = 0;
+    std::uint32_t nameCount = 0;
+    pcre2_pattern_info_16(_code, PCRE2_INFO_BACKREFMAX, &highestReference);
+    pcre2_pattern_info_16(_code, PCRE2_INFO_NAMECOUNT, &nameCount);
+    _hasReferences = highestReference != 0 || nameCount != 0;
     if ((_options & QVRegularExpressionUseJIT) && pcre2JITAvailable())
         _JITEnabled = pcre2_jit_compile_16(_code, PCRE2_JIT_COMPLETE) == 0;
     _canBeRemembered = !dependsOnTheSearchsStart(_pattern.view());

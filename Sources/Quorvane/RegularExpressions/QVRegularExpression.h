@@ -158,6 +158,8 @@ public:
     /// pattern asks for the place that the search began at, moves its match's start, or steers the
     /// backtracking; nor by a later search that begins where `isSearchBoundary` says no.
     bool canBeRemembered() const { return _canBeRemembered; }
+    /// Whether the pattern names its groups or refers back to what one of them matched.
+    bool hasReferences() const { return _hasReferences; }
 
     /// Whether a search that begins here tries what any search from further before would try too. Not so
     /// within a surrogate pair, at or behind half a character, and between CR and LF, which only a search
@@ -214,6 +216,7 @@ private:
     bool _JITEnabled = false;
     bool _canBeRemembered = false;
     bool _canMatchEmptyText = true;
+    bool _hasReferences = false;
     bool _hasFirstUnits = false;
     NSUInteger _minimumLength = 0;
     std::shared_ptr<const QVWordList> _wordList;

@@ -24,14 +24,16 @@ QVRegularExpressionMatchContext::~QVRegularExpressionMatchContext() {
 
 void QVRegularExpressionMatchContext::prepareForRegularExpression(
     const QVRegularExpression &regularExpression) {
-    const NSUInteger needed = regularExpression.numberOfCaptureGroups() + 1;
-    if (_matchDataSize >= needed)
-        return;
+    prepareForGroups(regularExpression.numberOfCaptureGroups());
+}
+
+void QVRegularExpressionMatchContext::makeMatchData(NSUInteger size) {
     pcre2_match_data_free_16(_matchData);
-    _matchData = pcre2_match_data_create_16(static_cast<std::uint32_t>(needed), nullptr);
+    _matchDataSize = 0;
+    _matchData = pcre2_match_data_create_16(static_cast<std::uint32_t>(size), nullptr);
     if (_matchData == nullptr)
         throw std::bad_alloc();
-    _matchDataSize = needed;
+    _matchDataSize = size;
 }
 
 } // namespace quorvane

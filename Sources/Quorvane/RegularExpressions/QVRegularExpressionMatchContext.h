@@ -20,6 +20,11 @@ public:
 
     /// Makes the match data large enough for the expression's groups.
     void prepareForRegularExpression(const QVRegularExpression &regularExpression);
+    /// The same for so many groups, the whole match not counted.
+    void prepareForGroups(NSUInteger count) {
+        if (_matchDataSize <= count) [[unlikely]]
+            makeMatchData(count + 1);
+    }
 
     ::pcre2_real_match_data_16 *matchData() const { return _matchData; }
     ::pcre2_real_match_context_16 *matchContext() const { return _matchContext; }
@@ -29,6 +34,8 @@ public:
     std::u16string_view className() const override { return u"QVRegularExpressionMatchContext"; }
 
 private:
+    void makeMatchData(NSUInteger size);
+
     ::pcre2_real_match_context_16 *_matchContext;
     ::pcre2_real_match_data_16 *_matchData = nullptr;
     NSUInteger _matchDataSize = 0;

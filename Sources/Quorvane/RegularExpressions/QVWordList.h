@@ -24,7 +24,8 @@ public:
     /// Whether a whole run of word units is one of the words.
     bool containsRun(std::u16string_view run) const;
 
-    /// Sorted, each once.
+    bool isCaseInsensitive() const { return _caseInsensitive; }
+    /// Sorted, each once; in lower case where case makes no difference.
     const std::vector<NSString> &words() const { return _words; }
 
 private:

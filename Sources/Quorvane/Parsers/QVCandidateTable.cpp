@@ -1,0 +1,251 @@
+#include "Quorvane/Parsers/QVCandidateTable.h"
+
+#include "Quorvane/RegularExpressions/QVRegularExpressionMatchContext.h"
+#include "Quorvane/RegularExpressions/QVWordList.h"
+#include "Quorvane/Scopes/QVScope.h"
+
+namespace quorvane {
+
+namespace {
+
+/// Compiling patterns together costs as much as a few dozen questions, so what is hardly ever asked is asked
+/// one by one.
+#ifdef QUORVANE_VERIFY
+constexpr std::uint32_t timesAskedBeforeCombining = 1;
+#else
+constexpr std::uint32_t timesAskedBeforeCombining = 16;
+#endif
+
+constexpr char16_t lowerCase(char16_t unit) {
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
+}
+
+constexpr std::uint32_t lengthBit(std::size_t length) { return 1u << std::min<std::size_t>(length, 31); }
+
+bool holds(const QVUnitMask &mask, unsigned unit) { return ((mask[unit >> 6] >> (unit & 63)) & 1) != 0; }
+
+} // namespace
+
+std::size_t QVCandidateTable::TextHash::operator()(std::u16string_view text) const {
+    std::uint64_t hash = text.size();
+    for (const char16_t unit : text)
+        hash = (hash ^ unit) * 0x9E3779B97F4A7C15u;
+    return static_cast<std::size_t>(hash ^ (hash >> 32));
+}
+
+bool QVCandidateTable::canHold(const QVScope &scope, const QVRegularExpression &expression) {
+    return (scope.type() == QVScopeTypeMatch || scope.type() == QVScopeTypeStartEnd) &&
+           !expression.canMatchEmptyText() && QVCombinedExpression::canCombine(expression);
+}
+
+QVCandidateTable::QVCandidateTable(std::vector<Pattern> patterns) : _patterns(std::move(patterns)) {
+    for (std::uint32_t index = 0; index < _patterns.size(); ++index)
+        if (_patterns[index].search->expression().wordList())
+            addWords(index);
+    makeClasses();
+}
+
+void QVCandidateTable::addWords(std::uint32_t index) {
+    const QVWordList &list = *_patterns[index].search->expression().wordList();
+    for (const NSString &word : list.words()) {
+        (list.isCaseInsensitive() ? _foldedWords : _words)[std::u16string(word.view())].push_back(index);
+        const char16_t first = word.characterAtIndex(0);
+        _wordLengths[first] |= lengthBit(word.length());
+        if (list.isCaseInsensitive() && first >= u'a' && first <= u'z')
+            _wordLengths[static_cast<std::size_t>(first - 0x20)] |= lengthBit(word.length());
+    }
+}
+
+void QVCandidateTable::makeClasses() {
+    _groups.emplace_back();
+    std::map<std::pair<std::vector<std::uint32_t>, bool>, std::uint16_t> known;
+    for (unsigned unit = 0; unit < 256; ++unit) {
+        std::vector<std::uint32_t> patterns;
+        for (std::uint32_t index = 0; index < _patterns.size(); ++index) {
+            const QVRegularExpression &expression = _patterns[index].search->expression();
+            const QVUnitMask *const first = expression.firstUnits();
+            if (!expression.wordList() && (first == nullptr || holds(*first, unit)))
+                patterns.push_back(index);
+        }
+        const bool hasWords = unit < 128 && _wordLengths[unit] != 0;
+        if (patterns.empty() && !hasWords)
+            continue;
+        const auto [entry, isNew] =
+            known.try_emplace({patterns, hasWords}, static_cast<std::uint16_t>(_groups.size()));
+        if (isNew)
+            _groups.push_back({std::move(patterns), hasWords, 0, false, nullptr});
+        _classes[unit] = entry->second;
+    }
+}
+
+QVCandidateTable::Answer QVCandidateTable::askOne(std::uint32_t index, NSUInteger location,
+                                                  const QVSearchContext &context) {
+    const QVMatchingOutcome outcome = _patterns[index].search->expression().directSearchInCharacters(
+        context.text.data(), context.text.size(), {location, 0}, context.matchContext, false);
+    if (outcome.kind == QVMatchingOutcome::Error || outcome.fellBack)
+        return {Answer::Unknown};
+    // The range that was searched has no length, so that each match of some length leaves it.
+    if (outcome.kind == QVMatchingOutcome::Finished)
+        return {};
+    if (outcome.range.location != location || outcome.range.length == 0)
+        return {Answer::Unknown};
+    return {Answer::Found, index, NSMaxRange(outcome.range)};
+}
+
+QVCandidateTable::Answer QVCandidateTable::askPatterns(Class &group, NSUInteger location,
+                                                       const QVSearchContext &context) {
+    if (group.patterns.empty())
+        return {};
+    if (!group.isCombined && group.patterns.size() > 1 && ++group.timesAsked > timesAskedBeforeCombining) {
+        std::vector<std::shared_ptr<const QVRegularExpression>> expressions;
+        for (const std::uint32_t index : group.patterns)
+            expressions.push_back(_patterns[index].search->sharedExpression());
+        group.combined = QVCombinedExpression::combinedExpressionForExpressions(expressions);
+        group.isCombined = true;
+    }
+    if (group.combined) {
+        const auto answer = group.combined->matchAtLocation(location, context.text, context.matchContext);
+        if (answer.index == QVCombinedExpression::noExpression)
+            return {};
+        if (answer.index == QVCombinedExpression::unknownExpression || answer.end == location)
+            return {Answer::Unknown};
+        return {Answer::Found, group.patterns[static_cast<std::size_t>(answer.index)], answer.end};
+    }
+    for (const std::uint32_t index : group.patterns)
+        if (const Answer answer = askOne(index, location, context); answer.kind != Answer::Nothing)
+            return answer;
+    return {};
+}
+
+QVCandidateTable::Answer QVCandidateTable::askWords(const Words &words, std::u16string_view run,
+                                                    NSUInteger location, std::uint32_t limit,
+                                                    const QVSearchContext &context) {
+    const auto found = words.find(run);
+    if (found != words.end())
+        for (const std::uint32_t index : found->second) {
+            if (index >= limit)
+                break;
+            // What stands around the words may ask for more.
+            if (const Answer answer = askOne(index, location, context); answer.kind != Answer::Nothing)
+                return answer;
+        }
+    return {};
+}
+
+QVCandidateTable::Answer QVCandidateTable::askWords(NSUInteger location, std::uint32_t limit,
+                                                    const QVSearchContext &context) {
+    const std::u16string_view text = context.text;
+    if (!QVIsWordUnit(text[location]) || (location > 0 && QVIsWordUnit(text[location - 1])))
+        return {};
+    NSUInteger end = location + 1;
+    while (end < text.size() && QVIsWordUnit(text[end]))
+        ++end;
+    const std::u16string_view run = text.substr(location, end - location);
+    if ((_wordLengths[run.front()] & lengthBit(run.size())) == 0)
+        return {};
+    Answer answer = askWords(_words, run, location, limit, context);
+    if (_foldedWords.empty() || answer.kind == Answer::Unknown)
+        return answer;
+    std::u16string folded(run);
+    std::transform(folded.begin(), folded.end(), folded.begin(), lowerCase);
+    const Answer other = askWords(_foldedWords, folded, location,
+                                  answer.kind == Answer::Found ? answer.index : limit, context);
+    return other.kind == Answer::Nothing ? answer : other;
+}
+
+QVCandidateTable::Answer QVCandidateTable::answerAtLocation(NSUInteger location,
+                                                            const QVSearchContext &context) {
+    const char16_t unit = context.text[location];
+    Class &group = _groups[_classes[unit < 255 ? unit : 255]];
+    const Answer answer = askPatterns(group, location, context);
+    if (!group.hasWords || answer.kind == Answer::Unknown)
+        return answer;
+    const auto limit = answer.kind == Answer::Found ? answer.index : static_cast<std::uint32_t>(_patterns.size());
+    const Answer word = askWords(location, limit, context);
+    return word.kind == Answer::Nothing ? answer : word;
+}
+
+QVLineWalk::Result QVLineWalk::find(NSUInteger open, NSUInteger last) {
+    // A region that was entered from here may have walked with the same table.
+    if (_table.currentWalk() != _walk)
+        return Unknown;
+    if (_hit.location != NSNotFound && _hit.location >= open)
+        return _hit.location <= last ? Found : Nothing;
+    _hit = NSNotFoundRange;
+    _position = std::max(_position, open);
+    const char16_t *const characters = _context.text.data();
+    for (; _position < _line.contentsEnd && _position <= last; ++_position) {
+        if (_table.canPass(characters[_position]))
+            continue;
+        const auto answer = _table.answerAtLocation(_position, _context);
+        if (answer.kind == QVCandidateTable::Answer::Nothing)
+            continue;
+        if (answer.kind == QVCandidateTable::Answer::Unknown || answer.end > _line.contentsEnd ||
+            !isChainFree(_table.patternAtIndex(answer.index), _position))
+            return Unknown;
+        _index = answer.index;
+        _hit = {_position, answer.end - _position};
+        return Found;
+    }
+    return Nothing;
+}
+
+bool QVLineWalk::isChainFree(QVCandidateTable::Pattern &pattern, NSUInteger at) {
+    if (pattern.walk != _walk) {
+        pattern.walk = _walk;
+        pattern.chain = _line.start;
+        pattern.covered = 0;
+    }
+    for (; pattern.covered < _covered.size(); ++pattern.covered)
+        if (!isChainFreeOver(_covered[pattern.covered], pattern))
+            return false;
+    return pattern.chain <= at;
+}
+
+bool QVLineWalk::isChainFreeOver(NSRange stretch, QVCandidateTable::Pattern &pattern) {
+    const NSUInteger end = NSMaxRange(stretch);
+    const std::u16string_view text = _context.text;
+    const QVRegularExpression &expression = pattern.search->expression();
+    if (const QVWordList *const words = expression.wordList()) {
+        // Only a word that the stretch has cut can reach beyond it.
+        if (end == text.size() || !QVIsWordUnit(text[end - 1]) || !QVIsWordUnit(text[end]))
+            return true;
+        NSUInteger first = end - 1;
+        while (first > 0 && QVIsWordUnit(text[first - 1]))
+            --first;
+        NSUInteger behind = end;
+        while (behind < text.size() && QVIsWordUnit(text[behind]))
+            ++behind;
+        return first < stretch.location || !words->containsRun(text.substr(first, behind - first));
+    }
+    for (NSUInteger from = std::max(stretch.location, pattern.chain); from < end;) {
+        while (from < end && !expression.canStartWithUnit(text[from]))
+            ++from;
+        if (from == end)
+            return true;
+        const QVMatchingOutcome outcome = expression.directSearchInCharacters(
+            text.data(), text.size(), {from, end - 1 - from}, _context.matchContext, false);
+        if (outcome.kind == QVMatchingOutcome::Finished && !outcome.fellBack)
+            return true;
+        if (outcome.kind == QVMatchingOutcome::Error || outcome.fellBack || outcome.range.length == 0 ||
+            NSMaxRange(outcome.range) > end)
+            return false;
+        from = NSMaxRange(outcome.range);
+        pattern.chain = from;
+    }
+    return true;
+}
+
+void QVLineWalk::cover(NSRange range) {
+    if (range.length != 0)
+        _covered.push_back(range);
+}
+
+void QVLineWalk::take() {
+    cover(_hit);
+    QVCandidateTable::Pattern &pattern = _table.patternAtIndex(_index);
+    pattern.chain = NSMaxRange(_hit);
+    pattern.covered = static_cast<std::uint32_t>(_covered.size());
+}
+
+} // namespace quorvane

@@ -1,0 +1,160 @@
+#include "Quorvane/RegularExpressions/QVCombinedExpression.h"
+
+#include "Quorvane/RegularExpressions/PCRE2.h"
+#include "Quorvane/RegularExpressions/QVRegularExpressionMatchContext.h"
+
+namespace quorvane {
+
+namespace {
+
+/// Marks name the expression that matched: one unit each, from here on. Any unit would do that is neither a
+/// surrogate nor a parenthesis.
+constexpr char16_t firstMark = 0x4E00;
+constexpr std::size_t maximumExpressions = 0x4000;
+
+/// What can differ between patterns that are compiled together; all else must be the same for all.
+constexpr QVRegularExpressionOptions separateOptions =
+    QVRegularExpressionCaseInsensitive | QVRegularExpressionExtended | QVRegularExpressionDotAll;
+constexpr QVRegularExpressionOptions commonOptions = QVRegularExpressionMultiline | QVRegularExpressionUseJIT;
+
+/// Spellings by which a pattern may refer to its groups, call parts of itself, quote up to its end, or change
+/// what a blank means. Looking for the spelling finds a few harmless patterns too, which are then asked one
+/// by one.
+bool mayDependOnItsSurroundings(std::u16string_view pattern) {
+    for (const std::u16string_view spelling : {u"\\g", u"\\k", u"\\Q", u"\\E", u"(*", u"(?R", u"(?&", u"(?P",
+                                               u"(?(", u"(?C", u"(?+", u"(?#"})
+        if (pattern.find(spelling) != pattern.npos)
+            return true;
+    for (std::size_t at = pattern.find(u"(?"); at != pattern.npos; at = pattern.find(u"(?", at + 2)) {
+        // Options, and "(?-1)" and "(?1)", come before the first letter that is none of theirs.
+        for (std::size_t index = at + 2; index < pattern.size(); ++index) {
+            const char16_t unit = pattern[index];
+            if ((unit >= u'0' && unit <= u'9') || unit == u'x' || unit == u'J' || unit == u'n')
+                return true;
+            if (unit != u'-' && unit != u'^' && !(unit >= u'a' && unit <= u'z'))
+                break;
+        }
+    }
+    return false;
+}
+
+/// Objects by the expressions they were made of, which are kept by nobody here: grammars come and go.
+struct Entry {
+    std::vector<std::weak_ptr<const QVRegularExpression>> expressions;
+    std::weak_ptr<const QVCombinedExpression> combined;
+
+    bool isOf(QVCombinedExpression::Expressions others) const {
+        return std::equal(expressions.begin(), expressions.end(), others.begin(), others.end(),
+                          [](const auto &weak, const auto &shared) {
+                              return !weak.owner_before(shared) && !shared.owner_before(weak);
+                          });
+    }
+};
+
+struct Table {
+    std::mutex lock;
+    std::unordered_multimap<std::size_t, Entry> entries;
+};
+
+Table &table() {
+    static auto *const instance = new Table;
+    return *instance;
+}
+
+std::size_t hashOfExpressions(QVCombinedExpression::Expressions expressions) {
+    std::size_t hash = expressions.size();
+    for (const auto &expression : expressions)
+        hash = hash * 31 + std::hash<const void *>()(expression.get());
+    return hash;
+}
+
+} // namespace
+
+bool QVCombinedExpression::canCombine(const QVRegularExpression &expression) {
+    return expression.isJITEnabled() && expression.canBeRemembered() &&
+           (expression.options() & ~separateOptions) == commonOptions && !expression.hasReferences() &&
+           !mayDependOnItsSurroundings(expression.pattern());
+}
+
+std::shared_ptr<const QVCombinedExpression>
+QVCombinedExpression::combinedExpressionForExpressions(Expressions expressions) {
+    if (expressions.empty() || expressions.size() > maximumExpressions)
+        return nullptr;
+    const std::size_t hash = hashOfExpressions(expressions);
+    {
+        const std::lock_guard guard(table().lock);
+        auto [entry, end] = table().entries.equal_range(hash);
+        while (entry != end) {
+            auto combined = entry->second.combined.lock();
+            if (combined && entry->second.isOf(expressions))
+                return combined;
+            entry = combined ? std::next(entry) : table().entries.erase(entry);
+        }
+    }
+    // Outside of the lock, so that one thread's first use of a language never holds up another's.
+    ::pcre2_real_code_16 *const code = compile(expressions);
+    if (code == nullptr)
+        return nullptr;
+    std::shared_ptr<const QVCombinedExpression> combined(new QVCombinedExpression(code));
+    const std::lock_guard guard(table().lock);
+    table().entries.emplace(hash, Entry{{expressions.begin(), expressions.end()}, combined});
+    return combined;
+}
+
+QVCombinedExpression::~QVCombinedExpression() { pcre2_code_free_16(_code); }
+
+::pcre2_real_code_16 *QVCombinedExpression::compile(Expressions expressions) {
+    std::u16string pattern;
+    for (std::size_t index = 0; index < expressions.size(); ++index) {
+        const QVRegularExpressionOptions options = expressions[index]->options();
+        pattern += index == 0 ? u"(?" : u"|(?";
+        if (options & QVRegularExpressionCaseInsensitive)
+            pattern += u'i';
+        if (options & QVRegularExpressionDotAll)
+            pattern += u's';
+        if (options & QVRegularExpressionExtended)
+            pattern += u"xx";
+        pattern += u':';
+        pattern += expressions[index]->pattern().view();
+        // An extended pattern may end in a comment, which the line's end ends.
+        if (options & QVRegularExpressionExtended)
+            pattern += u'\n';
+        pattern += u")(*MARK:";
+        pattern += static_cast<char16_t>(firstMark + index);
+        pattern += u')';
+    }
+    pcre2_compile_context_16 *const context = pcre2_compile_context_create_16(nullptr);
+    if (context == nullptr)
+        throw std::bad_alloc();
+    pcre2_set_newline_16(context, PCRE2_NEWLINE_ANY);
+    int errorCode = 0;
+    PCRE2_SIZE errorOffset = 0;
+    pcre2_code_16 *const code = pcre2_compile_16(pcre2Characters(pattern.data()), pattern.size(),
+                                                 PCRE2_UTF | PCRE2_NO_UTF_CHECK | PCRE2_MULTILINE |
+                                                     PCRE2_ANCHORED | PCRE2_NO_AUTO_CAPTURE,
+                                                 &errorCode, &errorOffset, context);
+    pcre2_compile_context_free_16(context);
+    if (code == nullptr || pcre2_jit_compile_16(code, PCRE2_JIT_COMPLETE) == 0)
+        return code;
+    pcre2_code_free_16(code);
+    return nullptr;
+}
+
+QVCombinedExpression::Answer
+QVCombinedExpression::matchAtLocation(NSUInteger location, std::u16string_view text,
+                                      QVRegularExpressionMatchContext &context) const {
+    context.prepareForGroups(0);
+    pcre2_match_data_16 *const data = context.matchData();
+    // The context's own limits are for searches: no offset limit holds here.
+    const int result = pcre2_jit_match_16(_code, pcre2Characters(text.data()), text.size(), location,
+                                          PCRE2_NO_UTF_CHECK, data, nullptr);
+    if (result < 0)
+        return {result == PCRE2_ERROR_NOMATCH ? noExpression : unknownExpression, 0};
+    const PCRE2_SPTR16 mark = pcre2_get_mark_16(data);
+    const PCRE2_SIZE *const vector = pcre2_get_ovector_pointer_16(data);
+    if (mark == nullptr || vector[0] != location || vector[1] < location)
+        return {unknownExpression, 0};
+    return {static_cast<std::int32_t>(*mark - firstMark), vector[1]};
+}
+
+} // namespace quorvane
