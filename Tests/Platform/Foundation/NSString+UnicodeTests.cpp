@@ -32,3 +32,29 @@ TEST(NSStringUnicode, AComposedSequenceIsAskedForByAnyOfItsUnits) {
     EXPECT_EQ(text.rangeOfComposedCharacterSequenceAtIndex(2), (NSRange{1, 2}));
     EXPECT_EQ(text.rangeOfComposedCharacterSequenceAtIndex(3), (NSRange{3, 1}));
 }
+
+// MARK: - Transforms
+
+TEST(NSStringUnicode, StrippingDiacriticsLeavesTheLetters) {
+    const auto stripped = [](const NSString &string) {
+        return string.stringByApplyingTransform(NSStringTransformStripDiacritics, false);
+    };
+    EXPECT_EQ(stripped(u"abc ^`~"), u"abc ^`~");
+    EXPECT_EQ(stripped(u"\u00C9cole na\u00EFve"), u"Ecole naive");
+    EXPECT_EQ(stripped(u"e\u0301\u0323x"), u"ex");
+    EXPECT_EQ(stripped(u"\u0301"), u"");
+    EXPECT_EQ(stripped(u""), u"");
+    // What only looks like a mark on a letter is a letter.
+    EXPECT_EQ(stripped(u"\u00F8\u0142"), u"\u00F8\u0142");
+    // Syllables are composed again.
+    EXPECT_EQ(stripped(u"\uD55C"), u"\uD55C");
+    EXPECT_EQ(stripped(u"\U0001F600\u0301"), u"\U0001F600");
+    const NSString half(std::u16string{u'\u00E9', 0xD83D});
+    EXPECT_EQ(stripped(half), NSString(std::u16string{u'e', 0xD83D}));
+}
+
+TEST(NSStringUnicode, UnknownTransformsAndReversesGiveNothing) {
+    EXPECT_TRUE(NSString(u"a").stringByApplyingTransform(u"Any-Unknown", false).isNull());
+    EXPECT_TRUE(NSString(u"a").stringByApplyingTransform(NSStringTransformStripDiacritics, true).isNull());
+    EXPECT_TRUE(NSString().stringByApplyingTransform(NSStringTransformStripDiacritics, false).isNull());
+}
