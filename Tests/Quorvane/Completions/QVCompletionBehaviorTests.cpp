@@ -1,6 +1,8 @@
 #include "Quorvane/Completions/QVCompletionBehavior.h"
 
 #include "Platform/Foundation/NSRegularExpression.h"
+#include "Quorvane/Symbols/QVSymbol.h"
+#include "Quorvane/Symbols/QVSymbolTypes.h"
 #include "Tests/Support/CodingFixtures.h"
 #include "Tests/Support/XMLFixtures.h"
 
@@ -179,4 +181,106 @@ TEST(QVCompletionBehavior, TheTrueDefaultsAreArchivedToo) {
     EXPECT_TRUE(copy->shouldAppendEmptyArgumentList());
     EXPECT_TRUE(copy->shouldTokenizeArguments());
     EXPECT_TRUE(copy->prepend().isNull());
+}
+
+// MARK: - The text to insert
+
+namespace {
+
+/// A symbol as an index may bring it: with arguments, an empty list of them, or without any idea of them.
+class NamedSymbol final : public QVSymbol {
+public:
+    explicit NamedSymbol(NSString name) : _name(std::move(name)) {}
+    NamedSymbol(NSString name, const std::vector<NSString> &arguments) : _name(std::move(name)) {
+        _arguments.emplace();
+        for (const NSString &argument : arguments)
+            _arguments->push_back(std::make_shared<NamedSymbol>(argument));
+    }
+    NSUInteger symbolType() const override { return QVSymbolTypeFunction; }
+    NSRange range() const override { return {0, 0}; }
+    NSString name() const override { return _name; }
+    std::optional<std::vector<std::shared_ptr<QVSymbol>>> arguments() const override { return _arguments; }
+
+private:
+    NSString _name;
+    std::optional<std::vector<std::shared_ptr<QVSymbol>>> _arguments;
+};
+
+NSString insertedText(std::string_view behavior, const QVSymbol *symbol) {
+    return QVCompletionBehavior::behaviorWithXMLElement(*elementOf(behavior))
+        ->completionStringWithText(u"call", symbol);
+}
+
+constexpr std::string_view callBehavior =
+    "<behavior><arguments prefix='(' suffix=')' separator=', '/></behavior>";
+
+} // namespace
+
+TEST(QVCompletionBehavior, TheTextStandsBetweenPrependAndAppend) {
+    EXPECT_EQ(insertedText("<behavior/>", nullptr), u"call");
+    EXPECT_EQ(insertedText("<behavior><prepend>a </prepend><append>;</append></behavior>", nullptr),
+              u"a call;");
+    EXPECT_EQ(QVCompletionBehavior().completionStringWithText(nullptr, nullptr), u"");
+}
+
+TEST(QVCompletionBehavior, ASymbolsArgumentsBecomeTokens) {
+    const NamedSymbol symbol(u"call", {u"a", u"b"});
+    EXPECT_EQ(insertedText(callBehavior, &symbol), u"call($[a], $[b])");
+    const NamedSymbol one(u"call", {u"a"});
+    EXPECT_EQ(insertedText(callBehavior, &one), u"call($[a])");
+}
+
+TEST(QVCompletionBehavior, TheArgumentListComesBehindTheAppendedText) {
+    const NamedSymbol symbol(u"call", {u"a"});
+    EXPECT_EQ(
+        insertedText("<behavior><append>!</append><arguments prefix='(' suffix=')'/></behavior>", &symbol),
+        u"call!($[a])");
+}
+
+TEST(QVCompletionBehavior, ArgumentsCanBePlainText) {
+    const NamedSymbol symbol(u"call", {u"a", u"b"});
+    EXPECT_EQ(
+        insertedText("<behavior><arguments prefix='(' suffix=')' separator=',' tokenize='no'/></behavior>",
+                     &symbol),
+        u"call(a,b)");
+}
+
+TEST(QVCompletionBehavior, EachArgumentHasItsPrefixAndSuffix) {
+    const NamedSymbol symbol(u"call", {u"a", u"b"});
+    EXPECT_EQ(insertedText("<behavior><arguments prefix='[' suffix=']' separator=' ' prefix-each='&lt;' "
+                           "suffix-each='&gt;' prepend-separator='TRUE'/></behavior>",
+                           &symbol),
+              u"call[ <$[a]> <$[b]>]");
+}
+
+TEST(QVCompletionBehavior, AnArgumentWithoutANameIsAnEmptyToken) {
+    const NamedSymbol symbol(u"call", {NSString(), u"b"});
+    EXPECT_EQ(insertedText(callBehavior, &symbol), u"call($[], $[b])");
+}
+
+TEST(QVCompletionBehavior, AnEmptyListGetsPrefixAndSuffixUnlessItIsToBeLeftOut) {
+    const NamedSymbol symbol(u"call", std::vector<NSString>());
+    EXPECT_EQ(insertedText(callBehavior, &symbol), u"call()");
+    EXPECT_EQ(
+        insertedText("<behavior><arguments prefix='(' suffix=')' append-empty='false'/></behavior>", &symbol),
+        u"call");
+    EXPECT_EQ(
+        insertedText("<behavior><arguments prefix='(' suffix=')' append-empty='TRUE'/></behavior>", &symbol),
+        u"call()");
+    // The separator before the first argument stands there even where no argument follows.
+    EXPECT_EQ(insertedText("<behavior><arguments prefix='(' suffix=')' separator=',' "
+                           "prepend-separator='true'/></behavior>",
+                           &symbol),
+              u"call(,)");
+}
+
+TEST(QVCompletionBehavior, ASymbolThatKnowsNoArgumentsGetsNoListAtAll) {
+    const NamedSymbol symbol(u"call");
+    EXPECT_EQ(insertedText(callBehavior, &symbol), u"call");
+    EXPECT_EQ(insertedText(callBehavior, nullptr), u"call");
+}
+
+TEST(QVCompletionBehavior, WithoutAnArgumentsElementNothingStandsBetweenTheTokens) {
+    const NamedSymbol symbol(u"call", {u"a", u"b"});
+    EXPECT_EQ(insertedText("<behavior/>", &symbol), u"call$[a]$[b]");
 }
