@@ -45,9 +45,9 @@ inline constexpr std::size_t selectorChainLength = 1000;
 /// End patterns, built from a template and the text of a region's start, that one parse keeps compiled.
 inline constexpr std::size_t rememberedEndPatterns = 1024;
 
-/// Names whose grams are remembered, and the longest of them in units: some megabytes for the names of a
-/// large project, and nothing for texts that are no names.
-inline constexpr std::size_t rememberedGrams = 16384;
+/// Names whose grams are remembered, and the longest of them in units: some megabytes for the names of a large
+/// project, and nothing for texts that are no names.
+inline constexpr std::size_t rememberedGrams = 8192;
 inline constexpr std::size_t rememberedGramsLength = 256;
 
 /// Names of fonts whose faces are remembered; archives can bring any number of names.

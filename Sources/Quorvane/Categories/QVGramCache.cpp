@@ -1,40 +1,31 @@
 #include "Quorvane/Categories/QVGramCache.h"
 
+#include <algorithm>
+
 namespace quorvane {
 
+QVGramCache::QVGramCache() : _entries(limits::rememberedGrams) {}
+
 QVGrams QVGramCache::gramsForKey(const NSString &key) {
+    Entry &entry = entryForKey(key);
     const std::lock_guard guard(_mutex);
-    if (const auto found = _young.find(key); found != _young.end())
-        return found->second;
-    const auto found = _old.find(key);
-    if (found == _old.end())
-        return nullptr;
-    const QVGrams grams = found->second;
-    _old.erase(found);
-    insert(key, grams);
-    return grams;
+    return entry.key == key ? entry.grams : nullptr;
 }
 
-void QVGramCache::setGrams(const QVGrams &grams, const NSString &forKey) {
+void QVGramCache::setGrams(QVGrams grams, NSString forKey) {
     if (forKey.length() > limits::rememberedGramsLength)
         return;
+    Entry &entry = entryForKey(forKey);
+    // What had the place goes with the parameters, when the lock is free again.
     const std::lock_guard guard(_mutex);
-    insert(forKey, grams);
+    std::swap(entry.key, forKey);
+    std::swap(entry.grams, grams);
 }
 
 std::size_t QVGramCache::count() const {
     const std::lock_guard guard(_mutex);
-    return _young.size() + _old.size();
-}
-
-void QVGramCache::insert(const NSString &key, const QVGrams &grams) {
-    if (_young.size() >= limits::rememberedGrams / 2) {
-        _old = std::move(_young);
-        _young.clear();
-    }
-    // A name can't be in both, or it would count twice: whoever inserts has not found it.
-    _old.erase(key);
-    _young.insert_or_assign(key, grams);
+    return static_cast<std::size_t>(
+        std::ranges::count_if(_entries, [](const Entry &entry) { return !entry.key.isNull(); }));
 }
 
 } // namespace quorvane

@@ -4,27 +4,32 @@
 #include "Quorvane/Categories/QVGrams.h"
 
 #include <mutex>
-#include <unordered_map>
 
 namespace quorvane {
 
-/// Remembers the grams of names. Two generations, of which the older is dropped when the younger is full:
-/// what is asked for again moves to the younger one, so that names in use stay. Any thread.
+/// Remembers the grams of names: a table in which each name has one place, which it takes from whoever had
+/// it. That costs little even for names that are asked for only once, as when a whole index is read. Any
+/// thread.
 class QVGramCache {
 public:
+    QVGramCache();
+
     /// Null for an unknown name.
     QVGrams gramsForKey(const NSString &key);
     /// Long texts are not kept: they are no names, and a few of them would take more than all else.
-    void setGrams(const QVGrams &grams, const NSString &forKey);
+    void setGrams(QVGrams grams, NSString forKey);
     /// How many names are remembered.
     std::size_t count() const;
 
 private:
-    void insert(const NSString &key, const QVGrams &grams);
+    struct Entry {
+        NSString key;
+        QVGrams grams;
+    };
+    Entry &entryForKey(const NSString &key) { return _entries[key.hash() % _entries.size()]; }
 
     mutable std::mutex _mutex;
-    std::unordered_map<NSString, QVGrams> _young;
-    std::unordered_map<NSString, QVGrams> _old;
+    std::vector<Entry> _entries;
 };
 
 } // namespace quorvane
