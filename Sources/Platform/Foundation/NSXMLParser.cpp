@@ -4,6 +4,7 @@
 #include "Platform/Foundation/NSURL.h"
 #include "Platform/Foundation/QVLimits.h"
 
+#include <atomic>
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
@@ -16,6 +17,8 @@ namespace quorvane {
 NSXMLParserDelegate::~NSXMLParserDelegate() = default;
 
 namespace {
+
+std::atomic<std::size_t> parsedDocuments = 0;
 
 std::string_view viewOf(const xmlChar *text) {
     return text ? std::string_view(reinterpret_cast<const char *>(text)) : std::string_view();
@@ -305,7 +308,10 @@ NSXMLParser::NSXMLParser(const NSURL &url) : _path(url.path()) {}
 
 NSXMLParser::~NSXMLParser() = default;
 
+std::size_t NSXMLParser::parsedDocumentCount() { return parsedDocuments.load(std::memory_order_relaxed); }
+
 bool NSXMLParser::parse() {
+    parsedDocuments.fetch_add(1, std::memory_order_relaxed);
     _error = nullptr;
     _lineNumber = _columnNumber = 0;
     NSData data = _data;

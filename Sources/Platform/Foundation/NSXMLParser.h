@@ -50,6 +50,9 @@ public:
     void setDelegate(NSXMLParserDelegate *delegate) { _delegate = delegate; }
     /// Parses to the end or to the first error; whether there was none.
     bool parse();
+    /// How often any parser began a document since the process started. Who keeps what was read can be held
+    /// to it with this.
+    static std::size_t parsedDocumentCount();
     std::shared_ptr<NSError> parserError() const { return _error; }
     /// Where the parser stands: 1-based, as the library reports them with an event. After the end or an error
     /// the place of that; 0 where nothing was parsed.

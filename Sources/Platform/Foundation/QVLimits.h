@@ -12,6 +12,14 @@ inline constexpr std::size_t xmlNestingDepth = 256;
 /// Bytes of an XML file; the largest real grammars are below one megabyte.
 inline constexpr std::size_t xmlDocumentBytes = 64u << 20;
 
+/// Bytes of a package's `package.json`, which holds a few words.
+inline constexpr std::size_t packageManifestBytes = 1u << 20;
+/// Bytes of a theme file; real ones have some kilobytes.
+inline constexpr std::size_t themeBytes = 16u << 20;
+/// Bytes of all archives that a cache folder keeps, so that versions of packages that are gone don't stay for
+/// ever; a large language's archive has half a megabyte.
+inline constexpr std::size_t packageCacheBytes = 128u << 20;
+
 /// Objects inside one another in an archive; a grammar nests two objects for each level of its scopes.
 inline constexpr std::size_t archiveNestingDepth = 1024;
 /// Bytes of an archive.
