@@ -9,7 +9,8 @@ const char *const usage =
     "usage: quorvane-highlight [OPTION]... FILE...\n"
     "Parses files with language packages and prints them; \"-\" reads the standard input.\n"
     "\n"
-    "  --packages DIR      take the language packages in DIR/*/Syntaxes/*.xml\n"
+    "  --packages DIR      take the language packages in the folders of DIR\n"
+    "  --no-cache          read them afresh; else what was read is kept in the user's cache folder\n"
     "  --syntax-file FILE  take this syntax too; may be repeated\n"
     "  --syntax NAME       the language of all files; without it names and contents tell\n"
     "  --format FORMAT     ansi: colours for a terminal (the default); tree: the match tree\n"
@@ -41,6 +42,10 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
         }
         if (argument == "--stats" || argument == "--plain") {
             (argument == "--stats" ? arguments.statistics : arguments.plain) = true;
+            continue;
+        }
+        if (argument == "--no-cache") {
+            arguments.withoutCache = true;
             continue;
         }
         std::string_view name = argument;

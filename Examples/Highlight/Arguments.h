@@ -12,6 +12,7 @@ struct Arguments {
     enum class Format { Ansi, Tree };
 
     std::string packages;
+    bool withoutCache = false;
     std::vector<std::string> syntaxFiles;
     std::string syntax;
     Format format = Format::Ansi;

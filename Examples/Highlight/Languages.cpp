@@ -1,9 +1,10 @@
 #include "Languages.h"
 
+#include "Host/QVPackageCache.h"
+#include "Host/QVPackageFolder.h"
 #include "Platform/Foundation/NSError.h"
 #include "Platform/Foundation/NSURL.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -50,24 +51,18 @@ std::string defaultPackages() {
     return !error && fs::is_directory(installed, error) ? installed.string() : QUORVANE_SOURCE_PACKAGES;
 }
 
-/// DIR/*/Syntaxes/*.xml, in the order of their names.
-std::vector<std::string> syntaxFilesInPackages(const std::string &folder) {
-    std::error_code error;
-    if (!fs::is_directory(folder, error))
+void loadPackages(const std::string &folder, bool usesCache) {
+    std::error_code missing;
+    if (!fs::is_directory(folder, missing))
         throw Failure{folder + ": no such folder of packages", 1};
-    std::vector<std::string> files;
-    for (const auto &package : fs::directory_iterator(folder, error)) {
-        const fs::path syntaxes = package.path() / "Syntaxes";
-        if (!fs::is_directory(syntaxes, error))
-            continue;
-        for (const auto &file : fs::directory_iterator(syntaxes, error))
-            if (file.path().extension() == ".xml")
-                files.push_back(file.path().string());
-    }
-    if (error)
-        throw Failure{folder + ": " + error.message(), 1};
-    std::sort(files.begin(), files.end());
-    return files;
+    const QVPackageCache cache(usesCache ? QVPackageCache::defaultFolder() : NSURL());
+    QVPackageFolder::Errors errors;
+    const auto packages = QVPackageFolder::packagesInFolders(
+        {NSURL::fileURLWithPath(NSString::stringWithUTF8String(folder))}, &cache, &errors);
+    for (const auto &error : errors)
+        std::fprintf(stderr, "quorvane-highlight: warning: %s\n",
+                     utf8(error->localizedDescription()).c_str());
+    QVLoadable::loadPackagesIntoSyntaxEngine({packages.begin(), packages.end()});
 }
 
 } // namespace
@@ -75,9 +70,8 @@ std::vector<std::string> syntaxFilesInPackages(const std::string &folder) {
 void loadLanguages(const Arguments &arguments) {
     // Who tries a syntax file of their own need not have packages.
     if (!arguments.packages.empty() || arguments.syntaxFiles.empty())
-        for (const std::string &file :
-             syntaxFilesInPackages(arguments.packages.empty() ? defaultPackages() : arguments.packages))
-            loadSyntax(file);
+        loadPackages(arguments.packages.empty() ? defaultPackages() : arguments.packages,
+                     !arguments.withoutCache);
     for (const std::string &file : arguments.syntaxFiles)
         loadSyntax(file);
 }

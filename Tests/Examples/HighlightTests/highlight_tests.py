@@ -3,6 +3,7 @@
 Usage: highlight_tests.py PROGRAM
 """
 
+import os
 import pathlib
 import re
 import subprocess
@@ -58,6 +59,9 @@ class HighlightTests(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
         self.tiny = self.write("Packages/Tiny/Syntaxes/tiny.xml", TINY)
+        self.write("Packages/Tiny/package.json", '{"identifier": "tiny"}')
+        self.cache = self.folder / "cache"
+        self.environment = {**os.environ, "XDG_CACHE_HOME": str(self.cache)}
         self.packages = self.folder / "Packages"
 
     def write(self, name, content):
@@ -67,7 +71,8 @@ class HighlightTests(unittest.TestCase):
         return path
 
     def run_program(self, *arguments, text=b""):
-        return subprocess.run([PROGRAM, *map(str, arguments)], input=text, capture_output=True, timeout=60)
+        return subprocess.run([PROGRAM, *map(str, arguments)], input=text, capture_output=True, timeout=60,
+                              env=self.environment)
 
     def run_tiny(self, *arguments, text=b""):
         return self.run_program("--packages", self.packages, *arguments, text=text)
@@ -162,7 +167,8 @@ class HighlightTests(unittest.TestCase):
     def test_help_goes_to_the_standard_output(self):
         result = self.run_program("--help")
         self.assertEqual((result.returncode, result.stderr), (0, b""))
-        for option in ("--packages", "--syntax-file", "--syntax ", "--format", "--max-line", "--stats", "--repeat"):
+        for option in ("--packages", "--no-cache", "--syntax-file", "--syntax ", "--format", "--max-line", "--stats",
+                       "--repeat"):
             self.assertIn(option, result.stdout.decode())
 
     # Text that comes in
@@ -266,11 +272,61 @@ class HighlightTests(unittest.TestCase):
         missing = self.folder / "Nowhere"
         self.assert_fails(self.run_program("--packages", missing, "-"), 1, missing)
 
-    def test_a_package_that_is_no_xml_is_told_with_its_place(self):
+    def test_a_package_file_that_is_no_xml_is_told_with_its_place_and_the_rest_works(self):
+        self.write("Packages/Bad/package.json", '{"identifier": "bad"}')
         bad = self.write("Packages/Bad/Syntaxes/bad.xml", "<syntax name='bad'>\n<scopes>\n</syntax>\n")
+        result = self.run_tiny("--syntax", "tiny", "--format", "tree", "-", text=b"//")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn(b"comment", result.stdout)
+        self.assertRegex(result.stderr.decode(),
+                         r"^quorvane-highlight: warning: " + re.escape(str(bad)) + r": \{3, \d+\}: .+\n$")
+
+    def test_a_package_without_a_manifest_is_told(self):
+        self.write("Packages/Bad/Syntaxes/bad.xml", TINY)
         result = self.run_tiny("--syntax", "tiny", "-")
-        self.assert_fails(result, 1, bad)
-        self.assertRegex(result.stderr.decode(), r"\{3, \d+\}")
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(
+            result.stderr.decode(),
+            f"quorvane-highlight: warning: {self.packages}/Bad/package.json: No such file or directory\n",
+        )
+
+    # What is kept
+
+    def test_what_was_read_is_kept_and_found_again(self):
+        first = self.succeed("--syntax", "tiny", "--format", "tree", "-", text=b'"a" // x')
+        entries = sorted(self.cache.glob("quorvane/*.archive"))
+        self.assertEqual(len(entries), 1)
+        second = self.succeed("--syntax", "tiny", "--format", "tree", "-", text=b'"a" // x')
+        self.assertEqual((second.stdout, second.stderr), (first.stdout, first.stderr))
+        self.assertEqual(sorted(self.cache.glob("quorvane/*")), entries)
+
+    def test_a_cache_that_is_damaged_or_can_not_be_written_does_no_harm(self):
+        self.tree(text=b"//")
+        (entry,) = self.cache.glob("quorvane/*")
+        good = entry.read_bytes()
+        entry.write_bytes(good[:100])
+        self.assertIn("comment", self.tree(text=b"//"))
+        self.assertEqual(entry.read_bytes(), good)
+        self.environment["XDG_CACHE_HOME"] = str(self.tiny)
+        self.assertIn("comment", self.tree(text=b"//"))
+
+    def test_nothing_is_kept_where_that_is_asked_for(self):
+        self.assertIn("comment", self.tree("--no-cache", text=b"//"))
+        self.assertFalse(self.cache.exists())
+
+    def test_programs_that_run_at_once_share_what_is_kept(self):
+        file = self.write("a.tiny", "// x")
+        command = [PROGRAM, "--packages", str(self.packages), "--format", "tree", str(file)]
+        programs = [
+            subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=self.environment)
+            for _ in range(8)
+        ]
+        results = {program.communicate(timeout=60) for program in programs}
+        self.assertEqual(len(results), 1)
+        (output, errors), = results
+        self.assertIn(b"comment", output)
+        self.assertEqual(errors, b"")
+        self.assertEqual(len(list(self.cache.glob("quorvane/*"))), 1)
 
     def test_the_error_of_a_definition_is_printed_as_it_stands(self):
         bad = self.write(
