@@ -160,7 +160,8 @@ QVCandidateTable::Answer QVCandidateTable::answerAtLocation(NSUInteger location,
     const Answer answer = askPatterns(group, location, context);
     if (!group.hasWords || answer.kind == Answer::Unknown)
         return answer;
-    const auto limit = answer.kind == Answer::Found ? answer.index : static_cast<std::uint32_t>(_patterns.size());
+    const auto limit =
+        answer.kind == Answer::Found ? answer.index : static_cast<std::uint32_t>(_patterns.size());
     const Answer word = askWords(location, limit, context);
     return word.kind == Answer::Nothing ? answer : word;
 }
@@ -196,44 +197,57 @@ bool QVLineWalk::isChainFree(QVCandidateTable::Pattern &pattern, NSUInteger at) 
         pattern.chain = _line.start;
         pattern.covered = 0;
     }
-    for (; pattern.covered < _covered.size(); ++pattern.covered)
-        if (!isChainFreeOver(_covered[pattern.covered], pattern))
+    const QVRegularExpression &expression = pattern.search->expression();
+    if (const QVWordList *const words = expression.wordList())
+        return isChainOfWordsFree(pattern, *words);
+    // In the gaps between covered stretches nothing hits at all, so that one search may go over several.
+    for (NSUInteger from; (from = nextDoubtfulPlace(pattern)) != NSNotFound;) {
+        const QVMatchingOutcome outcome = expression.directSearchInCharacters(
+            _context.text.data(), _context.text.size(), {from, at - 1 - from}, _context.matchContext, false);
+        if (outcome.fellBack || outcome.kind == QVMatchingOutcome::Error)
             return false;
+        if (outcome.kind == QVMatchingOutcome::Finished) {
+            pattern.covered = static_cast<std::uint32_t>(_covered.size());
+            return true;
+        }
+        pattern.chain = NSMaxRange(outcome.range);
+        if (outcome.range.length == 0 || pattern.chain > at)
+            return false;
+    }
     return pattern.chain <= at;
 }
 
-bool QVLineWalk::isChainFreeOver(NSRange stretch, QVCandidateTable::Pattern &pattern) {
-    const NSUInteger end = NSMaxRange(stretch);
+bool QVLineWalk::isChainOfWordsFree(QVCandidateTable::Pattern &pattern, const QVWordList &words) const {
     const std::u16string_view text = _context.text;
-    const QVRegularExpression &expression = pattern.search->expression();
-    if (const QVWordList *const words = expression.wordList()) {
-        // Only a word that the stretch has cut can reach beyond it.
+    for (; pattern.covered < _covered.size(); ++pattern.covered) {
+        // Only a word that a covered stretch has cut can reach beyond it.
+        const NSRange stretch = _covered[pattern.covered];
+        const NSUInteger end = NSMaxRange(stretch);
         if (end == text.size() || !QVIsWordUnit(text[end - 1]) || !QVIsWordUnit(text[end]))
-            return true;
+            continue;
         NSUInteger first = end - 1;
         while (first > 0 && QVIsWordUnit(text[first - 1]))
             --first;
         NSUInteger behind = end;
         while (behind < text.size() && QVIsWordUnit(text[behind]))
             ++behind;
-        return first < stretch.location || !words->containsRun(text.substr(first, behind - first));
-    }
-    for (NSUInteger from = std::max(stretch.location, pattern.chain); from < end;) {
-        while (from < end && !expression.canStartWithUnit(text[from]))
-            ++from;
-        if (from == end)
-            return true;
-        const QVMatchingOutcome outcome = expression.directSearchInCharacters(
-            text.data(), text.size(), {from, end - 1 - from}, _context.matchContext, false);
-        if (outcome.kind == QVMatchingOutcome::Finished && !outcome.fellBack)
-            return true;
-        if (outcome.kind == QVMatchingOutcome::Error || outcome.fellBack || outcome.range.length == 0 ||
-            NSMaxRange(outcome.range) > end)
+        if (first >= stretch.location && words.containsRun(text.substr(first, behind - first)))
             return false;
-        from = NSMaxRange(outcome.range);
-        pattern.chain = from;
     }
     return true;
+}
+
+NSUInteger QVLineWalk::nextDoubtfulPlace(QVCandidateTable::Pattern &pattern) const {
+    const QVRegularExpression &expression = pattern.search->expression();
+    const char16_t *const characters = _context.text.data();
+    for (; pattern.covered < _covered.size(); ++pattern.covered) {
+        const NSRange stretch = _covered[pattern.covered];
+        const NSUInteger end = NSMaxRange(stretch);
+        for (NSUInteger place = std::max(stretch.location, pattern.chain); place < end; ++place)
+            if (expression.canStartWithUnit(characters[place]))
+                return place;
+    }
+    return NSNotFound;
 }
 
 void QVLineWalk::cover(NSRange range) {

@@ -11,7 +11,8 @@ class QVScope;
 
 /// The patterns of a list of scopes, laid out by the units that their matches can begin with: for each unit
 /// the few patterns that are worth a try at a place that holds it, compiled into one, and the words of all
-/// word lists in one dictionary. Made once for each list; the parser walks along lines with it (`QVLineWalk`).
+/// word lists in one dictionary. Made once for each list; the parser walks along lines with it
+/// (`QVLineWalk`).
 class QVCandidateTable {
 public:
     struct Pattern {
@@ -19,6 +20,8 @@ public:
         QVRememberedSearch *search;
         /// The place among all patterns of the list, which decides between two that match at one place.
         std::uint32_t order;
+        /// Whether a hit becomes one match that holds nothing.
+        bool isPlain;
         /// Of the walk that last took it up; what follows holds for that walk alone.
         std::uint64_t walk = 0;
         /// Up to where the walk knows the pattern's chain of hits, and how many covered stretches that minds.
@@ -32,7 +35,8 @@ public:
         NSUInteger end = 0;
     };
 
-    /// Whether a scope's pattern can be asked at one place after the other. Others keep searches of their own.
+    /// Whether a scope's pattern can be asked at one place after the other. Others keep searches of their
+    /// own.
     static bool canHold(const QVScope &scope, const QVRegularExpression &expression);
 
     /// The patterns in order, each of which passes `canHold`.
@@ -40,8 +44,8 @@ public:
 
     /// Whether nothing begins with this unit.
     bool canPass(char16_t unit) const { return _classes[unit < 255 ? unit : 255] == 0; }
-    /// The first pattern in order that matches at the place. Of a run of word units only the start is asked for
-    /// the words of lists.
+    /// The first pattern in order that matches at the place. Of a run of word units only the start is asked
+    /// for the words of lists.
     Answer answerAtLocation(NSUInteger location, const QVSearchContext &context);
     Pattern &patternAtIndex(std::uint32_t index) { return _patterns[index]; }
 
@@ -64,8 +68,8 @@ private:
         using is_transparent = void;
         std::size_t operator()(std::u16string_view text) const;
     };
-    using Words = boost::unordered_flat_map<std::u16string, std::vector<std::uint32_t>, TextHash,
-                                            std::equal_to<>>;
+    using Words =
+        boost::unordered_flat_map<std::u16string, std::vector<std::uint32_t>, TextHash, std::equal_to<>>;
 
     void addWords(std::uint32_t index);
     void makeClasses();
@@ -89,13 +93,18 @@ private:
 };
 
 /// One walk along the rest of a line: finds candidates as searching with each pattern would. A pattern's hits
-/// form a chain, whether they are taken or not, so a hit counts only if the pattern did not hit before in text
-/// that others have covered, and reach beyond it. The walk looks into that for each candidate; where it can't
-/// settle the matter the parser goes back to searching.
+/// form a chain, whether they are taken or not, so a hit counts only if the pattern did not hit before in
+/// text that others have covered, and reach beyond it. The walk looks into that for each candidate; where it
+/// can't settle the matter the parser goes back to searching.
 class QVLineWalk {
 public:
-    QVLineWalk(QVCandidateTable &table, const QVParseLine &line, const QVSearchContext &context)
-        : _table(table), _line(line), _context(context), _walk(table.beginWalk()), _position(line.start) {}
+    /// The last is memory to work in.
+    QVLineWalk(QVCandidateTable &table, const QVParseLine &line, const QVSearchContext &context,
+               std::vector<NSRange> &covered)
+        : _table(table), _line(line), _context(context), _walk(table.beginWalk()), _position(line.start),
+          _covered(covered) {
+        covered.clear();
+    }
 
     enum Result : std::uint8_t { Nothing, Found, Unknown };
     /// Looks for the first candidate from `open` on that begins at `last` at the latest. Neither goes back
@@ -112,7 +121,10 @@ public:
 
 private:
     bool isChainFree(QVCandidateTable::Pattern &pattern, NSUInteger at);
-    bool isChainFreeOver(NSRange stretch, QVCandidateTable::Pattern &pattern);
+    bool isChainOfWordsFree(QVCandidateTable::Pattern &pattern, const QVWordList &words) const;
+    /// The first place in covered text at or behind the pattern's chain where it may hit; `NSNotFound` where
+    /// there is none. What was looked over is minded.
+    NSUInteger nextDoubtfulPlace(QVCandidateTable::Pattern &pattern) const;
 
     QVCandidateTable &_table;
     const QVParseLine &_line;
@@ -122,7 +134,7 @@ private:
     NSUInteger _position;
     std::uint32_t _index = 0;
     NSRange _hit = NSNotFoundRange;
-    std::vector<NSRange> _covered;
+    std::vector<NSRange> &_covered;
 };
 
 } // namespace quorvane

@@ -122,11 +122,11 @@ const QVParse::Scopes &QVParse::resolvedScopesForIncludeScope(const std::shared_
     Scopes resolved;
     // Depth first, which leaves the order that replacing each include in place gives. A collection is brought
     // in once: a second time would add nothing, and collections include each other in circles.
-    struct Level {
+    struct Expansion {
         std::shared_ptr<QVCollection> collection;
         std::size_t next = 0;
     };
-    std::vector<Level> levels;
+    std::vector<Expansion> expansions;
     // Whether each collection that was entered is still open.
     std::unordered_map<const QVCollection *, bool> entered;
     const auto enter = [&](const std::shared_ptr<QVScope> &include) {
@@ -135,7 +135,7 @@ const QVParse::Scopes &QVParse::resolvedScopesForIncludeScope(const std::shared_
             return;
         const auto [place, isNew] = entered.emplace(collection.get(), true);
         if (isNew)
-            levels.push_back({std::move(collection)});
+            expansions.push_back({std::move(collection)});
         else if (place->second && _pass->includesWithLoggedCycles.insert(include.get()).second)
             logDiagnosticMessage(
                 NSString::stringWithFormat(u"Encountered an include cycle for scope: %@; Ignoring",
@@ -143,14 +143,14 @@ const QVParse::Scopes &QVParse::resolvedScopesForIncludeScope(const std::shared_
                 9);
     };
     enter(scope);
-    while (!levels.empty()) {
-        Level &level = levels.back();
-        if (level.next == level.collection->scopes().size()) {
-            entered[level.collection.get()] = false;
-            levels.pop_back();
+    while (!expansions.empty()) {
+        Expansion &expansion = expansions.back();
+        if (expansion.next == expansion.collection->scopes().size()) {
+            entered[expansion.collection.get()] = false;
+            expansions.pop_back();
             continue;
         }
-        const std::shared_ptr<QVScope> candidate = level.collection->scopes()[level.next++];
+        const std::shared_ptr<QVScope> candidate = expansion.collection->scopes()[expansion.next++];
         switch (candidate->type()) {
         case QVScopeTypeUnknown:
         case QVScopeTypeWhitespace:

@@ -163,10 +163,19 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     line.start = location;
     const char16_t *const characters = _text->characters();
     NSUInteger position = location;
-    const auto note = [&line](char16_t unit) {
-        const unsigned bit = unit < 255 ? unit : 255;
-        line.units[bit >> 6] |= std::uint64_t(1) << (bit & 63);
-        line.hasSurrogates |= (unit & 0xF800) == 0xD800;
+    // Two words of bits for ASCII, in registers: this looks at every unit of the text.
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;
+    const auto note = [&](char16_t unit) {
+        const std::uint64_t bit = std::uint64_t(1) << (unit & 63);
+        if (unit >= 128) [[unlikely]] {
+            line.units[unit < 255 ? unit >> 6 : 3] |= unit < 255 ? bit : std::uint64_t(1) << 63;
+            line.hasSurrogates |= (unit & 0xF800) == 0xD800;
+        } else {
+            const std::uint64_t isHigh = unit >> 6;
+            low |= isHigh ? 0 : bit;
+            high |= isHigh ? bit : 0;
+        }
     };
     for (; position < end; ++position) {
         const char16_t unit = characters[position];
@@ -183,6 +192,8 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     // A match may be tried at the contents' very end, where a pattern sees the unit behind the range.
     if (line.contentsEnd < _text->length())
         note(characters[line.contentsEnd]);
+    line.units[0] |= low;
+    line.units[1] |= high;
     _pass->lineGeneration = _pass->generation;
     _pass->lineRangeEnd = end;
     known = line;

@@ -15,6 +15,9 @@ void QVParse::parseUnanchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMat
     const bool remembering = remembersSearches() && !isPerformanceCollectionEnabled();
     const NSUInteger end = NSMaxRange(range);
     NSUInteger location = range.location;
+    if (location >= end)
+        return;
+    Level *const level = remembering ? &beginLevel(match, scopes, cutoffStart) : nullptr;
     while (!isCancelled() && location < end) {
         const QVParseLine line = lineAtLocation(location, end);
         if (isTooLong(line)) {
@@ -25,8 +28,8 @@ void QVParse::parseUnanchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMat
             location = NSMaxRange(line.newline);
             continue;
         }
-        const Step step = remembering ? matchLineRemembering(match, intoTree, scopes, line, end, cutoffStart)
-                                      : matchLinePlainly(match, intoTree, scopes, line, end, cutoffStart);
+        const Step step = level ? matchLineRemembering(*level, intoTree, line, end)
+                                : matchLinePlainly(match, intoTree, scopes, line, end, cutoffStart);
         switch (step.kind) {
         case Step::Cancelled:
         case Step::RegionEnded:

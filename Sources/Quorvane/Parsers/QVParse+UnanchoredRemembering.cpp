@@ -52,7 +52,9 @@ QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &paren
         const bool isTabled = QVCandidateTable::canHold(*entry.scope, entry.search->expression());
         (isTabled ? plan.tabled : plan.untabled).members.push_back(index);
         if (isTabled)
-            patterns.push_back({entry.scope, entry.search.get(), index});
+            patterns.push_back({entry.scope, entry.search.get(), index,
+                                entry.scope->type() == QVScopeTypeMatch && entry.scope->captures().empty() &&
+                                    entry.scope->endCaptures().empty()});
     }
     if (!patterns.empty())
         plan.table = std::make_unique<QVCandidateTable>(std::move(patterns));
@@ -122,83 +124,109 @@ QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVPars
     return matchForHit(scope, stream.search->sharedExpression(), matchData, stream.hit, false);
 }
 
-bool QVParse::canWalkAlongLine(const Plan &plan, const QVParseLine &line) const {
-    // Beside halves of characters patterns take steps of their own.
-    if (!plan.table || line.hasSurrogates || !QVRegularExpression::isSearchBoundary(_text->characters(), line.start))
-        return false;
-    if (plan.table->foldsCase() && !line.isPlain())
-        return false;
-    // What a region may not hold where it starts is looked into hit by hit.
-    const QVScopeMatch *const open = _pass->parseStackMatches.back();
-    return open->scope()->type() == QVScopeTypeRoot || open->range().location != line.start;
+QVParse::Level &QVParse::beginLevel(QVScopeMatch *match, const Scopes &scopes, NSUInteger cutoffStart) {
+    const std::size_t depth = _pass->parseStackMatches.size();
+    while (_pass->levels.size() <= depth)
+        _pass->levels.push_back(std::make_unique<Level>());
+    Level &level = *_pass->levels[depth];
+    const QVScope &scope = *match->scope();
+    level.match = match;
+    level.isRoot = scope.type() == QVScopeTypeRoot;
+    level.cutoffStart = cutoffStart;
+    level.plan = &planForScopes(scopes, scope);
+    level.endings.clear();
+    const auto addEnding = [&](const QVScope &cutoff, QVScopeMatch *ancestor) {
+        if (const auto expression = regularExpressionForCutoff(cutoff, ancestor))
+            level.endings.push_back({&cutoff, rememberedSearch(expression)});
+    };
+    if (!level.isRoot)
+        addEnding(scope, match);
+    if (!scope.isAtomic())
+        forEachCutoff(addEnding);
+    return level;
 }
 
-QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree,
-                                            const Scopes &scopes, const QVParseLine &line, NSUInteger end,
-                                            NSUInteger cutoffStart) {
-    const QVScope &scope = *match->scope();
-    const bool isRoot = scope.type() == QVScopeTypeRoot;
-    const std::size_t depth = _pass->parseStackMatches.size();
-    if (_pass->streams.size() <= depth)
-        _pass->streams.resize(depth + 1);
-    // Taken out while it is in use: regions below may make room for more levels.
-    std::vector<Stream> streams = std::move(_pass->streams[depth]);
-    streams.clear();
-    struct GiveBack {
-        std::vector<std::vector<Stream>> &pool;
-        std::vector<Stream> &streams;
-        std::size_t depth;
-        ~GiveBack() { pool[depth] = std::move(streams); }
-    } const giveBack{_pass->streams, streams, depth};
+bool QVParse::canWalkAlongLine(const Level &level, const QVParseLine &line) const {
+    // Beside halves of characters patterns take steps of their own.
+    const QVCandidateTable *const table = level.plan->table.get();
+    if (!table || line.hasSurrogates ||
+        !QVRegularExpression::isSearchBoundary(_text->characters(), line.start))
+        return false;
+    if (table->foldsCase() && !line.isPlain())
+        return false;
+    // What a region may not hold where it starts is looked into hit by hit.
+    return level.isRoot || level.match->range().location != line.start;
+}
 
-    const QVSearchContext context{_text->view(), _pass->generation, *_regexMatchContext, _pass->lineWords};
-    const auto start = [&](Stream stream, NSUInteger from) {
+void QVParse::startPart(Level &level, bool tabled, const QVParseLine &line, const QVSearchContext &context) {
+    Plan &plan = *level.plan;
+    Plan::Part &part = tabled ? plan.tabled : plan.untabled;
+    if (part.members.empty())
+        return;
+    part.beginLine(plan.entries, line, context.text, context.generation);
+    // What has nothing left on this line is not asked again when a region on it has ended.
+    std::size_t kept = 0;
+    for (const std::uint32_t index : part.alive) {
+        const Plan::Entry &entry = plan.entries[index];
+        Stream stream{entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false,
+                      static_cast<std::int32_t>(index)};
         if (stream.reportsEmptyHits())
             reportEmptyHits(stream, line, context);
-        if (findCandidate(stream, from, line, scope, context))
-            streams.push_back(std::move(stream));
-    };
-    const NSUInteger cutoffFrom = std::max(line.start, cutoffStart);
-    const auto startCutoff = [&](const QVScope &cutoff, QVScopeMatch *ancestor) {
-        const bool exactlyThere = line.start == cutoffStart && line.contentsEnd == cutoffStart;
-        if (!exactlyThere && line.contentsEnd <= cutoffStart)
-            return;
-        if (const auto expression = regularExpressionForCutoff(cutoff, ancestor)) {
-            auto search = rememberedSearch(expression);
-            start({&cutoff, search.get(), true, true, -1, search}, cutoffFrom);
+        if (findCandidate(stream, line.start, line, *level.match->scope(), context))
+            level.streams.push_back(stream);
+        if (!entry.search->isExhausted(line, context.generation))
+            part.alive[kept++] = index;
+    }
+    part.alive.resize(kept);
+}
+
+const QVParse::Stream *QVParse::bestOfStreams(Level &level, NSUInteger open, const QVParseLine &line,
+                                              const QVSearchContext &context) {
+    std::vector<Stream> &streams = level.streams;
+    const Stream *best = nullptr;
+    for (std::size_t index = 0; index < streams.size();) {
+        Stream &stream = streams[index];
+        bool alive = true;
+        while (alive && stream.hit.location < open)
+            alive = stream.search->canStartAtOrBehind(open, line) &&
+                    findCandidate(stream, stream.nextLocation(), line, *level.match->scope(), context);
+        if (!alive) {
+            streams.erase(streams.begin() + static_cast<std::ptrdiff_t>(index));
+            continue;
         }
-    };
-    if (!isRoot)
-        startCutoff(scope, match);
-    if (!scope.isAtomic())
-        forEachCutoff(startCutoff);
-    Plan &plan = planForScopes(scopes, scope);
-    const auto startPart = [&](Plan::Part &part) {
-        part.beginLine(plan.entries, line, context.text, context.generation);
-        // What has nothing left on this line is not asked again when a region on it has ended.
-        std::size_t kept = 0;
-        for (const std::uint32_t index : part.alive) {
-            const Plan::Entry &entry = plan.entries[index];
-            start({entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false,
-                   static_cast<std::int32_t>(index)},
-                  line.start);
-            if (!entry.search->isExhausted(line, context.generation))
-                part.alive[kept++] = index;
+        if (best == nullptr || stream.hit.location < best->hit.location ||
+            (stream.hit.location == best->hit.location && stream.isEnd && !best->isEnd))
+            best = &stream;
+        ++index;
+    }
+    return best;
+}
+
+QVParse::Step QVParse::matchLineRemembering(Level &level, QVScopeMatchArray &intoTree,
+                                            const QVParseLine &line, NSUInteger end) {
+    const QVSearchContext context{_text->view(), _pass->generation, *_regexMatchContext, _pass->lineWords};
+    level.streams.clear();
+    const NSUInteger cutoffStart = level.cutoffStart;
+    if (line.contentsEnd > cutoffStart || (line.start == cutoffStart && line.contentsEnd == cutoffStart))
+        for (const Level::Ending &ending : level.endings) {
+            Stream stream{ending.scope, ending.search.get(), true, true, -1};
+            if (stream.search->canStartOnLine(line) &&
+                findCandidate(stream, std::max(line.start, cutoffStart), line, *level.match->scope(),
+                              context))
+                level.streams.push_back(stream);
         }
-        part.alive.resize(kept);
-    };
-    startPart(plan.untabled);
+    startPart(level, false, line, context);
     std::optional<QVLineWalk> walk;
-    const auto stopWalking = [&] {
+    const auto searchFromHereOn = [&] {
         walk.reset();
-        startPart(plan.tabled);
-        std::stable_sort(streams.begin(), streams.end(),
+        startPart(level, true, line, context);
+        std::stable_sort(level.streams.begin(), level.streams.end(),
                          [](const Stream &a, const Stream &b) { return a.order < b.order; });
     };
-    if (canWalkAlongLine(plan, line))
-        walk.emplace(*plan.table, line, context);
+    if (canWalkAlongLine(level, line))
+        walk.emplace(*level.plan->table, line, context, level.coveredByWalk);
     else
-        stopWalking();
+        searchFromHereOn();
 
     // What lies before this place is covered, or was refused.
     NSUInteger open = line.start;
@@ -208,39 +236,23 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
             processUnknownTextRange({covered, location - covered}, intoTree, intoTree.size());
     };
     while (true) {
-        const Stream *best = nullptr;
-        for (std::size_t index = 0; index < streams.size();) {
-            Stream &stream = streams[index];
-            bool alive = true;
-            while (alive && stream.hit.location < open)
-                alive = stream.search->canStartAtOrBehind(open, line) &&
-                        findCandidate(stream, stream.nextLocation(), line, scope, context);
-            if (!alive) {
-                streams.erase(streams.begin() + static_cast<std::ptrdiff_t>(index));
-                continue;
-            }
-            if (best == nullptr || stream.hit.location < best->hit.location ||
-                (stream.hit.location == best->hit.location && stream.isEnd && !best->isEnd))
-                best = &stream;
-            ++index;
-        }
+        const Stream *best = bestOfStreams(level, open, line, context);
         Stream walked{};
         if (walk) {
             const QVLineWalk::Result result = walk->find(open, best ? best->hit.location : NSNotFound);
             if (result == QVLineWalk::Unknown) {
-                stopWalking();
+                searchFromHereOn();
                 continue;
             }
-            if (result == QVLineWalk::Found) {
-                const QVCandidateTable::Pattern &pattern = walk->pattern();
-                walked.scope = pattern.scope;
-                walked.search = pattern.search;
-                walked.order = static_cast<std::int32_t>(pattern.order);
+            const QVCandidateTable::Pattern *const pattern =
+                result == QVLineWalk::Found ? &walk->pattern() : nullptr;
+            if (pattern && (best == nullptr || walk->hit().location < best->hit.location ||
+                            (!best->isEnd && static_cast<std::int32_t>(pattern->order) < best->order))) {
+                walked = {pattern->scope, pattern->search, false, false,
+                          static_cast<std::int32_t>(pattern->order)};
                 walked.hit = walk->hit();
                 walked.searchedFrom = walked.hit.location;
-                if (best == nullptr || walked.hit.location < best->hit.location ||
-                    (!best->isEnd && walked.order < best->order))
-                    best = &walked;
+                best = &walked;
             }
         }
         // The line ending holds its place against everything but the region's end.
@@ -257,6 +269,12 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
         }
         const NSRange hit = best->hit;
         fillGap(hit.location);
+        if (best == &walked && walk->pattern().isPlain) {
+            intoTree.push_back(newMatch(best->scope, hit));
+            walk->take();
+            open = covered = NSMaxRange(hit);
+            continue;
+        }
         intoTree.push_back(matchForStream(*best, line));
         if (intoTree.back()->isEnd())
             return {Step::RegionEnded};
@@ -276,7 +294,7 @@ QVParse::Step QVParse::matchLineRemembering(QVScopeMatch *match, QVScopeMatchArr
         covered = step.location;
         open = hit.location + 1;
         if (walk)
-            stopWalking();
+            searchFromHereOn();
     }
 }
 

@@ -227,10 +227,16 @@ private:
     NSUInteger processUnknownTextRange(NSRange range, QVScopeMatchArray &intoUnanchoredLineMatches,
                                        NSUInteger atIndex) const;
 
-    Step matchLineRemembering(QVScopeMatch *match, QVScopeMatchArray &intoTree, const Scopes &scopes,
-                              const QVParseLine &line, NSUInteger end, NSUInteger cutoffStart);
+    struct Level;
+    Level &beginLevel(QVScopeMatch *match, const Scopes &scopes, NSUInteger cutoffStart);
+    Step matchLineRemembering(Level &level, QVScopeMatchArray &intoTree, const QVParseLine &line,
+                              NSUInteger end);
+    void startPart(Level &level, bool tabled, const QVParseLine &line, const QVSearchContext &context);
+    /// The best of what the level's streams find from `open` on; null where they have nothing left.
+    const Stream *bestOfStreams(Level &level, NSUInteger open, const QVParseLine &line,
+                                const QVSearchContext &context);
     Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope);
-    bool canWalkAlongLine(const Plan &plan, const QVParseLine &line) const;
+    bool canWalkAlongLine(const Level &level, const QVParseLine &line) const;
     bool findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope,
                        const QVSearchContext &context);
     /// Reports all empty hits on the line at once, as the plain way does, which looks at all of them.

@@ -31,8 +31,6 @@ struct QVParse::Stream {
     bool isCutoff;
     /// The place in the order of preference; ends and cut-offs come before all.
     std::int32_t order = -1;
-    /// Keeps the search of a cut-off, which the parse may forget while the stream is in use.
-    std::shared_ptr<QVRememberedSearch> kept = nullptr;
     bool interpreted = false;
     NSRange hit = NSNotFoundRange;
     /// Where the search began that found the hit.
@@ -84,6 +82,27 @@ struct QVParse::Plan {
     std::unique_ptr<QVCandidateTable> table;
 };
 
+/// An open region that is matched unanchored, while its lines are gone through.
+struct QVParse::Level {
+    /// What may end the region, whose searches it keeps: the parse may forget those of end patterns that were
+    /// made of a template.
+    struct Ending {
+        const QVScope *scope;
+        std::shared_ptr<QVRememberedSearch> search;
+    };
+    QVScopeMatch *match = nullptr;
+    bool isRoot = false;
+    /// Nothing ends the region before this place.
+    NSUInteger cutoffStart = 0;
+    /// What the region may hold.
+    Plan *plan = nullptr;
+    std::vector<Ending> endings;
+
+    // For the line at hand.
+    std::vector<Stream> streams;
+    std::vector<NSRange> coveredByWalk;
+};
+
 /// The state of the parser at work, and what it keeps from line to line. Only the writer touches it.
 struct QVParsePass {
     /// Open regions, outermost first.
@@ -108,8 +127,8 @@ struct QVParsePass {
     QVParseLine line;
     NSUInteger lineRangeEnd = 0;
     std::uint64_t lineGeneration = 0;
-    /// One list for each level of nesting, reused.
-    std::vector<std::vector<QVParse::Stream>> streams;
+    /// One for each level of nesting, reused.
+    std::vector<std::unique_ptr<QVParse::Level>> levels;
 
     /// Anchored regions that came to nothing at a place: tried there again, they would come to nothing for
     /// ever. All places count, for a region can run far ahead, over others that come to nothing, before it
