@@ -133,11 +133,11 @@ QVParse::Level &QVParse::beginLevel(QVScopeMatch *match, const Scopes &scopes, N
     level.match = match;
     level.isRoot = scope.type() == QVScopeTypeRoot;
     level.cutoffStart = cutoffStart;
-    level.plan = &planForScopes(scopes, scope);
+    level.scopes = &scopes;
+    level.plan = nullptr;
     level.endings.clear();
     const auto addEnding = [&](const QVScope &cutoff, QVScopeMatch *ancestor) {
-        if (const auto expression = regularExpressionForCutoff(cutoff, ancestor))
-            level.endings.push_back({&cutoff, rememberedSearch(expression)});
+        level.endings.push_back({&cutoff, ancestor, nullptr});
     };
     if (!level.isRoot)
         addEnding(scope, match);
@@ -208,13 +208,21 @@ QVParse::Step QVParse::matchLineRemembering(Level &level, QVScopeMatchArray &int
     level.streams.clear();
     const NSUInteger cutoffStart = level.cutoffStart;
     if (line.contentsEnd > cutoffStart || (line.start == cutoffStart && line.contentsEnd == cutoffStart))
-        for (const Level::Ending &ending : level.endings) {
+        for (Level::Ending &ending : level.endings) {
+            if (!ending.search) {
+                const auto expression = regularExpressionForCutoff(*ending.scope, ending.ancestor);
+                if (!expression)
+                    continue;
+                ending.search = rememberedSearch(expression);
+            }
             Stream stream{ending.scope, ending.search.get(), true, true, -1};
             if (stream.search->canStartOnLine(line) &&
                 findCandidate(stream, std::max(line.start, cutoffStart), line, *level.match->scope(),
                               context))
                 level.streams.push_back(stream);
         }
+    if (!level.plan)
+        level.plan = &planForScopes(*level.scopes, *level.match->scope());
     startPart(level, false, line, context);
     std::optional<QVLineWalk> walk;
     const auto searchFromHereOn = [&] {

@@ -88,13 +88,17 @@ struct QVParse::Level {
     /// made of a template.
     struct Ending {
         const QVScope *scope;
+        QVScopeMatch *ancestor;
+        /// Null until the first line that asks, and for good where a template's pattern does not compile:
+        /// that is reported on each line.
         std::shared_ptr<QVRememberedSearch> search;
     };
     QVScopeMatch *match = nullptr;
     bool isRoot = false;
     /// Nothing ends the region before this place.
     NSUInteger cutoffStart = 0;
-    /// What the region may hold.
+    const Scopes *scopes = nullptr;
+    /// What the region may hold; null until the first line that is not too long asks.
     Plan *plan = nullptr;
     std::vector<Ending> endings;
 
