@@ -1,5 +1,9 @@
 #include "Platform/Foundation/NSStringEncoding.h"
 
+#include "Platform/Foundation/NSError.h"
+#include "Platform/Foundation/NSURL.h"
+
+#include <filesystem>
 #include <unicode/ucnv.h>
 
 namespace quorvane {
@@ -164,6 +168,49 @@ NSString QVStringWithDataUsingEncoding(const NSData &data, NSStringEncoding enco
         text.append(buffer, target);
     } while (status == U_BUFFER_OVERFLOW_ERROR);
     return U_SUCCESS(status) ? NSString(std::move(text)) : NSString();
+}
+
+NSString QVStringWithContentsOfURL(const NSURL &url, std::size_t maximumLength,
+                                   NSStringEncoding *usedEncoding, std::shared_ptr<NSError> *error) {
+    // The codes of the platform.
+    constexpr NSInteger tooLargeError = 263, unknownEncodingError = 264;
+    const auto fail = [&](NSInteger code, std::u16string_view problem) {
+        QVSetError(
+            error,
+            NSError::errorWithDomain(
+                NSCocoaErrorDomain, code,
+                {{NSLocalizedDescriptionKey,
+                  NSString::stringWithFormat(u"The file “%@” couldn’t be read: %@", url.path(), problem)}}));
+        return NSString();
+    };
+
+    std::error_code noSize;
+    const auto size = std::filesystem::file_size(url.path().UTF8String(), noSize);
+    if (!noSize && size > maximumLength)
+        return fail(tooLargeError, u"It is too large");
+    const NSData data = NSData::dataWithContentsOfURL(url, error);
+    if (!data)
+        return nullptr;
+    // It may have grown.
+    if (data.length() > maximumLength)
+        return fail(tooLargeError, u"It is too large");
+
+    const std::string_view bytes = data.view();
+    NSString text;
+    NSStringEncoding encoding = NSUTF8StringEncoding;
+    if (bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE")) {
+        encoding = NSUTF16StringEncoding;
+        text = QVStringWithDataUsingEncoding(data, encoding);
+    } else if (bytes.starts_with("\xEF\xBB\xBF")) {
+        text = QVStringWithDataUsingEncoding(NSData(bytes.substr(3)), encoding);
+    } else {
+        text = QVStringWithDataUsingEncoding(data, encoding);
+    }
+    if (!text)
+        return fail(unknownEncodingError, u"Its text encoding can’t be determined");
+    if (usedEncoding != nullptr)
+        *usedEncoding = encoding;
+    return text;
 }
 
 } // namespace quorvane

@@ -35,4 +35,11 @@ QV_EXPORT NSData QVDataUsingEncoding(QVTextReader text, NSStringEncoding encodin
 /// The text of the bytes; null where they are malformed, or the encoding is unknown.
 QV_EXPORT NSString QVStringWithDataUsingEncoding(const NSData &data, NSStringEncoding encoding);
 
+/// The text of a file: UTF-16 where its byte order mark says so, else UTF-8; the mark is no part of the text.
+/// Null with an error where the file can't be read, has more bytes than allowed, or is malformed. The
+/// encoding, if asked for, is set only on success.
+QV_EXPORT NSString QVStringWithContentsOfURL(const NSURL &url, std::size_t maximumLength,
+                                             NSStringEncoding *usedEncoding = nullptr,
+                                             std::shared_ptr<NSError> *error = nullptr);
+
 } // namespace quorvane

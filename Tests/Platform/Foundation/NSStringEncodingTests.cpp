@@ -1,8 +1,14 @@
 #include "Platform/Foundation/NSStringEncoding.h"
 
+#include "Platform/Foundation/NSError.h"
+#include "Platform/Foundation/NSURL.h"
+
 #include "Tests/Support/TextGaps.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <unistd.h>
 
 using namespace quorvane;
 using test::withEveryGap;
@@ -102,4 +108,80 @@ TEST(NSStringEncoding, LongTextsAreConvertedPieceByPiece) {
         EXPECT_EQ(data.view(), expected);
         EXPECT_EQ(QVStringWithDataUsingEncoding(data, NSUTF8StringEncoding), view);
     }
+}
+
+namespace {
+
+/// A file that goes when the test ends.
+struct FileWithBytes {
+    explicit FileWithBytes(std::string_view bytes) {
+        std::string pattern = (std::filesystem::temp_directory_path() / "text-XXXXXX").string();
+        const int file = ::mkstemp(pattern.data());
+        EXPECT_EQ(::write(file, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        ::close(file);
+        path = pattern;
+    }
+    ~FileWithBytes() { std::filesystem::remove(path); }
+    NSURL url() const { return NSURL::fileURLWithPath(NSString::stringWithUTF8String(path.string())); }
+    std::filesystem::path path;
+};
+
+} // namespace
+
+TEST(StringWithContentsOfURL, ReadsUTF8WithAndWithoutItsMark) {
+    NSStringEncoding encoding = 0;
+    EXPECT_EQ(QVStringWithContentsOfURL(FileWithBytes("gr\xC3\xBC\xC3\x9F").url(), 100, &encoding),
+              u"gr\u00FC\u00DF");
+    EXPECT_EQ(encoding, NSUTF8StringEncoding);
+    EXPECT_EQ(QVStringWithContentsOfURL(FileWithBytes("\xEF\xBB\xBFgr").url(), 100), u"gr");
+    EXPECT_EQ(QVStringWithContentsOfURL(FileWithBytes("").url(), 100), u"");
+}
+
+TEST(StringWithContentsOfURL, ReadsUTF16ByItsMark) {
+    NSStringEncoding encoding = 0;
+    EXPECT_EQ(QVStringWithContentsOfURL(FileWithBytes({"\xFF\xFE"
+                                                       "a\0b\0",
+                                                       6})
+                                            .url(),
+                                        100, &encoding),
+              u"ab");
+    EXPECT_EQ(encoding, NSUTF16StringEncoding);
+    EXPECT_EQ(QVStringWithContentsOfURL(FileWithBytes({"\xFE\xFF\0a\0b", 6}).url(), 100), u"ab");
+}
+
+TEST(StringWithContentsOfURL, MalformedTextIsAnError) {
+    std::shared_ptr<NSError> error;
+    NSStringEncoding encoding = 77;
+    const FileWithBytes file("a\xFF");
+    EXPECT_EQ(QVStringWithContentsOfURL(file.url(), 100, &encoding, &error), NSString());
+    EXPECT_EQ(encoding, 77u);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->domain(), NSCocoaErrorDomain);
+    EXPECT_EQ(error->code(), 264);
+    EXPECT_EQ(
+        error->localizedDescription(),
+        NSString::stringWithFormat(u"The file “%@” couldn’t be read: Its text encoding can’t be determined",
+                                   file.url().path()));
+}
+
+TEST(StringWithContentsOfURL, ReadsAsManyBytesAsAllowed) {
+    std::shared_ptr<NSError> error;
+    const FileWithBytes file("abcd");
+    EXPECT_EQ(QVStringWithContentsOfURL(file.url(), 4, nullptr, &error), u"abcd");
+    EXPECT_EQ(error, nullptr);
+    EXPECT_EQ(QVStringWithContentsOfURL(file.url(), 3, nullptr, &error), NSString());
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->domain(), NSCocoaErrorDomain);
+    EXPECT_EQ(error->code(), 263);
+    EXPECT_EQ(
+        error->localizedDescription(),
+        NSString::stringWithFormat(u"The file “%@” couldn’t be read: It is too large", file.url().path()));
+}
+
+TEST(StringWithContentsOfURL, AFileThatIsNotThereIsAnError) {
+    std::shared_ptr<NSError> error;
+    EXPECT_EQ(QVStringWithContentsOfURL(NSURL::fileURLWithPath(u"/no/such/file"), 100, nullptr, &error),
+              NSString());
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->domain(), NSPOSIXErrorDomain);
 }
