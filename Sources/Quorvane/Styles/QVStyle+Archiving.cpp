@@ -1,58 +1,45 @@
 #include "Quorvane/Styles/QVStyle.h"
 
+#include "Platform/AppKit/NSShadow.h"
+#include "Quorvane/Styles/QVGradient.h"
+
+#include <array>
+
 namespace quorvane {
 
 namespace {
 
-/// An attribute's value that is no object by itself, as an object of an archive: a number, a string, or, with
-/// none of these, the null marker.
-class BoxedValue final : public NSSecureCoding {
-public:
-    BoxedValue() = default;
-    explicit BoxedValue(QVStyleValue value) : _value(std::move(value)) {}
+/// The coder's form of a value; nothing for an object that can't be archived, since there is nothing to
+/// restore it from.
+std::optional<NSCodingValue> codingValue(const QVStyleValue &value) {
+    if (std::holds_alternative<QVStyleNull>(value))
+        return nullptr;
+    if (const auto *integer = std::get_if<NSInteger>(&value))
+        return *integer;
+    if (const auto *real = std::get_if<double>(&value))
+        return *real;
+    if (const auto *string = std::get_if<NSString>(&value))
+        return *string;
+    // The coder hands objects out that are its caller's own, so its values can be changed; written ones are
+    // only read.
+    auto object = std::dynamic_pointer_cast<NSSecureCoding>(
+        std::const_pointer_cast<NSObject>(std::get<std::shared_ptr<const NSObject>>(value)));
+    return object ? std::optional<NSCodingValue>(std::move(object)) : std::nullopt;
+}
 
-    const QVStyleValue &value() const { return _value; }
-
-    static const NSCodingClass &codingClass() {
-        static const NSCodingClass codingClass{
-            u"QVStyleValue", nullptr,
-            +[]() -> std::shared_ptr<NSSecureCoding> { return std::make_shared<BoxedValue>(); }};
-        return codingClass;
-    }
-    const NSCodingClass &classForCoder() const override { return codingClass(); }
-
-    void encodeWithCoder(NSCoder &coder) const override {
-        if (const auto *integer = std::get_if<NSInteger>(&_value))
-            coder.encodeNumber(*integer, u"integer");
-        else if (const auto *real = std::get_if<double>(&_value))
-            coder.encodeDouble(*real, u"double");
-        else if (const auto *string = std::get_if<NSString>(&_value))
-            coder.encodeString(*string, u"string");
-    }
-
-    std::shared_ptr<NSSecureCoding> initWithCoder(NSCoder &coder,
-                                                  std::shared_ptr<NSSecureCoding> self) override {
-        if (const auto integer = coder.decodeNumber(u"integer"))
-            _value = *integer;
-        else if (coder.containsValueForKey(u"double"))
-            _value = coder.decodeDouble(u"double");
-        else if (NSString string = coder.decodeString(u"string"))
-            _value = std::move(string);
-        return self;
-    }
-
-private:
-    QVStyleValue _value;
-};
-
-/// Every class of which an archived attribute may be.
-const NSCodingClass &attributeClass() {
-    static const NSCodingClass codingClass{
-        u"QVStyleAttribute", nullptr, nullptr, +[]() -> std::span<const NSCodingClass *const> {
-            static const NSCodingClass *const classes[] = {&BoxedValue::codingClass()};
-            return classes;
-        }};
-    return codingClass;
+std::optional<QVStyleValue> styleValue(const NSCodingValue &value) {
+    if (std::holds_alternative<std::nullptr_t>(value))
+        return QVStyleNull();
+    if (const auto *flag = std::get_if<bool>(&value))
+        return NSInteger(*flag);
+    if (const auto *integer = std::get_if<NSInteger>(&value))
+        return *integer;
+    if (const auto *real = std::get_if<double>(&value))
+        return *real;
+    if (const auto *string = std::get_if<NSString>(&value))
+        return *string;
+    auto object = std::dynamic_pointer_cast<const NSObject>(std::get<std::shared_ptr<NSSecureCoding>>(value));
+    return object ? std::optional<QVStyleValue>(std::move(object)) : std::nullopt;
 }
 
 } // namespace
@@ -67,27 +54,21 @@ const NSCodingClass &QVStyle::codingClass() {
 void QVStyle::encodeWithCoder(NSCoder &coder) const {
     coder.encodeObject(_selector, u"selector");
     coder.encodeStringDictionary(_properties, u"properties");
-    std::map<NSString, std::shared_ptr<const NSSecureCoding>> attributes;
-    for (const auto &[key, value] : _attributes) {
-        const auto *object = std::get_if<std::shared_ptr<const NSObject>>(&value);
-        // An object that can't be archived is left out; there is nothing to restore it from.
-        if (auto coded = object ? std::dynamic_pointer_cast<const NSSecureCoding>(*object)
-                                : std::make_shared<const BoxedValue>(value))
-            attributes.emplace(key, std::move(coded));
-    }
-    coder.encodeObjectDictionary(attributes, u"attributes");
+    std::map<NSString, NSCodingValue> attributes;
+    for (const auto &[key, value] : _attributes)
+        if (auto coded = codingValue(value))
+            attributes.emplace(key, *std::move(coded));
+    coder.encodeValueDictionary(attributes, u"attributes");
 }
 
 std::shared_ptr<NSSecureCoding> QVStyle::initWithCoder(NSCoder &coder, std::shared_ptr<NSSecureCoding> self) {
     _selector = coder.decodeObjectOfClass<QVSimpleSelector>(u"selector");
     _properties = coder.decodeStringDictionary(u"properties").value_or(Properties());
-    if (auto attributes = coder.decodeObjectDictionary(u"attributes", attributeClass()))
-        for (auto &[key, coded] : *attributes) {
-            if (const auto boxed = std::dynamic_pointer_cast<BoxedValue>(coded))
-                _attributes.insert_or_assign(key, boxed->value());
-            else if (auto object = std::dynamic_pointer_cast<const NSObject>(std::move(coded)))
-                _attributes.insert_or_assign(key, QVStyleValue(std::move(object)));
-        }
+    const std::array accepted{&QVColor::codingClass(), &QVGradient::codingClass(), &NSShadow::codingClass()};
+    if (const auto attributes = coder.decodeValueDictionary(u"attributes", accepted))
+        for (const auto &[key, coded] : *attributes)
+            if (auto value = styleValue(coded))
+                _attributes.insert_or_assign(key, *std::move(value));
     return self;
 }
 

@@ -2,6 +2,8 @@
 
 #include "Platform/Foundation/NSAssertionHandler.h"
 
+#include <cmath>
+
 namespace quorvane {
 
 std::shared_ptr<QVStyle>
@@ -57,8 +59,14 @@ void QVStyle::setNull(bool null, const NSString &forAttribute) {
 
 std::optional<NSInteger> QVStyle::integerForAttribute(const NSString &key) const {
     const QVStyleValue *value = valueForAttribute(key);
-    const auto *number = value ? std::get_if<NSInteger>(value) : nullptr;
-    return number ? std::optional(*number) : std::nullopt;
+    if (value == nullptr)
+        return std::nullopt;
+    if (const auto *number = std::get_if<NSInteger>(value))
+        return *number;
+    // Only an archive brings these.
+    if (const auto *real = std::get_if<double>(value); real && std::abs(*real) < 1e15)
+        return static_cast<NSInteger>(*real);
+    return std::nullopt;
 }
 
 std::shared_ptr<QVStyle> QVStyle::copy() const {
