@@ -1,6 +1,7 @@
 #include "Quorvane/Packages/QVLoadable.h"
 
 #include "Quorvane/Scopes/QVScope.h"
+#include "Quorvane/Styles/QVThemeController.h"
 #include "Quorvane/Syntaxes/QVGrammar.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 
@@ -24,6 +25,7 @@ void QVLoadable::loadResolvedSyntax(const std::shared_ptr<QVSyntax> &syntax) {
         collection->willLoadIntoPackage(package);
         collection->setPackage(package);
     }
+    QVThemeController::sharedController()->didResolveSyntax(syntax);
 }
 
 void QVLoadable::recursivelyApplySyntax(const std::shared_ptr<QVSyntax> &syntax,
