@@ -97,10 +97,6 @@ void QVParse::setDelegate(const std::shared_ptr<QVParseDelegate> &delegate) {
     _delegate = delegate;
 }
 
-void QVParse::setBracketLocationsByDepth(std::optional<std::vector<NSIndexSet>> locations) {
-    _bracketLocationsByDepth = std::move(locations);
-}
-
 void QVParse::clearAllMatches() {
     _rootMatch->setSubmatches(nullptr);
     _symbols.clear();
@@ -163,6 +159,5 @@ void QVParse::noteOutcome(const QVScope &scope, const QVMatchingOutcome &outcome
 }
 
 void QVParse::symbolicateMatchesInRange(NSRange, QVMatch *) {}
-void QVParse::updateBracketDepths() {}
 
 } // namespace quorvane

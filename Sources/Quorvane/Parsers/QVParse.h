@@ -120,11 +120,6 @@ public:
     std::u16string_view string() const;
     QVScopeMatch *rootMatch() const { return _rootMatch.get(); }
     const std::vector<std::shared_ptr<QVParseSymbol>> &symbols() const { return _symbols; }
-    /// One set of locations for each depth of nesting; empty where the feature is off.
-    const std::optional<std::vector<NSIndexSet>> &bracketLocationsByDepth() const {
-        return _bracketLocationsByDepth;
-    }
-    void setBracketLocationsByDepth(std::optional<std::vector<NSIndexSet>> locations);
     /// What each scope cost while performance collection was on.
     std::vector<std::shared_ptr<QVParseScopeTrace>> scopeTraces() const;
     /// The memory that the tree takes, in bytes, the lists of children not counted.
@@ -152,6 +147,20 @@ public:
     /// From a position in the new text to one in the old.
     static NSUInteger positionForPositionInOriginalRange(NSUInteger position, NSRange editedRange,
                                                          NSInteger changeInLength);
+
+    // Bracket depths
+
+    bool shouldCalculateBracketDepths() const { return _shouldCalculateBracketDepths; }
+    /// Whether each edit is followed by a count of the brackets in the whole document. Off at first. A change
+    /// makes or drops the table at once. Write access.
+    void setShouldCalculateBracketDepths(bool calculate);
+    /// For each depth of nesting, the outermost first, where its opening and closing brackets stand. Each
+    /// kind of bracket has depths of its own: a parenthesis in square brackets is outermost too. Nothing
+    /// while the feature is off.
+    const std::optional<std::vector<NSIndexSet>> &bracketLocationsByDepth() const {
+        return _bracketLocationsByDepth;
+    }
+    void setBracketLocationsByDepth(std::optional<std::vector<NSIndexSet>> locations);
 
     // Location queries, with read access
 
@@ -314,6 +323,7 @@ private:
     QVMatchPool::Owner _matchPool;
     QVScopeMatchReference _rootMatch;
     std::vector<std::shared_ptr<QVParseSymbol>> _symbols;
+    bool _shouldCalculateBracketDepths = false;
     std::optional<std::vector<NSIndexSet>> _bracketLocationsByDepth;
     /// The stacks and caches of the parser proper.
     std::unique_ptr<QVParsePass> _pass;
