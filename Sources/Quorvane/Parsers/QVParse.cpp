@@ -5,6 +5,7 @@
 #include "Platform/Foundation/NSException.h"
 #include "Platform/Foundation/NSLog.h"
 #include "Quorvane/Packages/QVLoadable.h"
+#include "Quorvane/Parsers/QVAttributeCache.h"
 #include "Quorvane/Parsers/QVParseDelegate.h"
 #include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseScopeTrace.h"

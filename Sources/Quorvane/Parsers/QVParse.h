@@ -6,10 +6,12 @@
 #include "Platform/Foundation/NSObject.h"
 #include "Platform/Foundation/QVBlock.h"
 #include "Quorvane/Matches/QVScopeMatch.h"
+#include "Quorvane/Parsers/QVSyntaxHighlighting.h"
 
 #include <atomic>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <unordered_set>
 
 struct pcre2_real_match_data_16;
@@ -17,6 +19,10 @@ struct pcre2_real_match_data_16;
 namespace quorvane {
 
 class NSCharacterSet;
+class NSMutableAttributedString;
+class NSAttributedString;
+class NSProgress;
+class QVAttributeCache;
 class QVCollection;
 class QVGrammar;
 class QVParseDelegate;
@@ -162,6 +168,35 @@ public:
     }
     void setBracketLocationsByDepth(std::optional<std::vector<NSIndexSet>> locations);
 
+    // Syntax highlighting, with read access but for the class-level forms
+
+    /// Reports what the text in a range looks like, from the outside in, beginning with the regions around
+    /// its start. Default attributes are those of the document's plain text: fonts are derived from theirs,
+    /// and embedded languages start from them.
+    void enumerateAttributesInRange(NSRange range, const NSAttributes &defaultAttributes,
+                                    QVAttributesBlock usingBlock) const;
+    /// The same from a given match on, which must stand in the tree; null reports nothing.
+    void enumerateAttributesStartingWithMatch(const QVScopeMatch *match, NSRange range,
+                                              const NSAttributes &defaultAttributes,
+                                              QVAttributesBlock usingBlock) const;
+    /// The text of a range with its attributes. Throws `NSRangeException` when the range leaves the text.
+    std::shared_ptr<NSMutableAttributedString>
+    attributedStringFromRange(NSRange range, const NSAttributes &defaultAttributes) const;
+    /// A text with its attributes, by a parse that is made for it. Waits until that is through; a parse that
+    /// takes longer than `timeout` seconds, which must be above 0, is called off, and the text comes with the
+    /// default attributes. Any thread.
+    static std::shared_ptr<NSAttributedString>
+    attributedStringFromString(const NSString &string, std::shared_ptr<QVSyntax> syntax,
+                               const NSAttributes &defaultAttributes, double timeout = 5.0);
+    /// The same on a queue of its own, where the handler runs too. Cancelling the progress stops the parse
+    /// and keeps the handler from being called. Any thread.
+    static std::shared_ptr<NSProgress>
+    attributedStringFromString(const NSString &string, std::shared_ptr<QVSyntax> syntax,
+                               const NSAttributes &defaultAttributes,
+                               std::function<void(std::shared_ptr<NSAttributedString>)> completionHandler);
+    /// The attributes that a consumer clears before it applies defaults.
+    static const std::set<NSAttributeKey> &attributesAffectedBySyntaxHighlighting();
+
     // Location queries, with read access
 
     /// The match at a location, or the root match. The optional syntax is the one in force there.
@@ -303,6 +338,13 @@ private:
     void recordPerformanceOfScope(const QVScope &scope, double timeInterval, bool success);
     void logDiagnosticMessage(const NSString &message, NSUInteger level);
 
+    // Syntax highlighting
+    std::unique_ptr<QVAttributeCache> takeAttributeCache(const NSAttributes &defaultAttributes) const;
+    void keepAttributeCache(std::unique_ptr<QVAttributeCache> cache) const;
+    /// Puts the attributes of a range into a string that stands for just this range.
+    void paintAttributes(NSMutableAttributedString &string, NSRange range,
+                         const NSAttributes &defaultAttributes) const;
+
     // What later layers of the tree's upkeep hook into.
     void symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatch);
     void updateBracketDepths();
@@ -325,6 +367,9 @@ private:
     std::vector<std::shared_ptr<QVParseSymbol>> _symbols;
     bool _shouldCalculateBracketDepths = false;
     std::optional<std::vector<NSIndexSet>> _bracketLocationsByDepth;
+    mutable std::mutex _attributeCacheMutex;
+    /// What was resolved by the last walk that coloured text; null while one is under way.
+    mutable std::unique_ptr<QVAttributeCache> _attributeCache;
     /// The stacks and caches of the parser proper.
     std::unique_ptr<QVParsePass> _pass;
     std::unordered_map<const QVScope *, std::shared_ptr<QVParseScopeTrace>> _scopesToTraces;

@@ -13,6 +13,7 @@ void QVCapture::setName(NSString name) {
     _name = std::move(name);
     _selector = QVSimpleSelector::simpleSelectorWithString(_name);
     _lexicalClass = QVLexicalClassForClasses(_selector->classes());
+    noteChange();
 }
 
 QVSelectable *QVCapture::parentSelectable() const { return parent().get(); }

@@ -63,6 +63,7 @@ std::shared_ptr<QVScope> QVScope::self() const {
 void QVScope::setLexicalClass(NSString lexicalClass) {
     _isComment = lexicalClass == QVLexicalClassComment.string();
     _lexicalClass = std::move(lexicalClass);
+    noteChange();
 }
 
 bool QVScope::directHasSymbol() const {

@@ -30,7 +30,12 @@ void checkIndex(std::size_t index, std::size_t bound) {
 } // namespace
 
 QVStyleList::QVStyleList() : _styles(emptyStyles()) {}
-QVStyleList::~QVStyleList() = default;
+QVStyleList::~QVStyleList() { noteChange(); }
+
+std::atomic<std::uint64_t> &QVStyleList::sharedGeneration() {
+    static std::atomic<std::uint64_t> generation = 0;
+    return generation;
+}
 
 QVStyleList::QVStyleList(const QVStyleList &other)
     : _styles(other.styles()), _resolvedStyle(other.resolvedStyle()) {}
@@ -54,10 +59,13 @@ void QVStyleList::publish(Styles styles) {
     std::shared_ptr<const QVStyle> resolved =
         styles.empty() ? nullptr : QVStyle::styleByResolvingStyles(styles);
     auto list = styles.empty() ? emptyStyles() : std::make_shared<const Styles>(std::move(styles));
-    const WriteGuard guard(lock());
-    // Swapped, so that what was there before is freed outside of the lock.
-    _styles.swap(list);
-    _resolvedStyle.swap(resolved);
+    {
+        const WriteGuard guard(lock());
+        // Swapped, so that what was there before is freed outside of the lock.
+        _styles.swap(list);
+        _resolvedStyle.swap(resolved);
+    }
+    noteChange();
 }
 
 void QVStyleList::setStyles(Styles newStyles) { publish(std::move(newStyles)); }

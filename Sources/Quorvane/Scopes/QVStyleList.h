@@ -2,7 +2,9 @@
 
 #include "Platform/Foundation/QVExport.h"
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -34,10 +36,18 @@ public:
     void removeStylesAtIndexes(const NSIndexSet &indexes);
     void removeAllStyles();
 
+    /// Changes whenever something that is remembered of scopes and captures by their addresses may be wrong:
+    /// when styles or lexical classes change, and when one of them goes. Any thread.
+    static std::uint64_t generation() { return sharedGeneration().load(std::memory_order_acquire); }
+
     /// All styles merged, null where there are none.
     std::shared_ptr<const QVStyle> resolvedStyle() const;
 
+protected:
+    static void noteChange() { sharedGeneration().fetch_add(1, std::memory_order_acq_rel); }
+
 private:
+    static std::atomic<std::uint64_t> &sharedGeneration();
     void publish(Styles styles);
 
     std::shared_ptr<const Styles> _styles;

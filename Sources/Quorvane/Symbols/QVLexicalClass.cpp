@@ -8,11 +8,10 @@ namespace {
 
 constexpr std::size_t lexicalClassCount = 5;
 
-using Strings = std::array<NSString, lexicalClassCount + 1>;
+using Strings = std::array<NSString, lexicalClassCount>;
 
 const Strings &strings() {
-    static const auto *const made =
-        new Strings{u"keyword", u"string", u"comment", u"name", u"identifier", u"QVLexicalClass"};
+    static const auto *const made = new Strings{u"keyword", u"string", u"comment", u"name", u"identifier"};
     return *made;
 }
 

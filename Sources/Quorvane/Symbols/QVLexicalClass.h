@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/NSString.h"
+#include "Platform/Foundation/NSAttributes.h"
 
 #include <set>
 
@@ -27,7 +27,7 @@ inline constexpr QVLexicalClassConstant QVLexicalClassName{3};
 inline constexpr QVLexicalClassConstant QVLexicalClassIdentifier{4};
 
 /// The key under which a text attribute carries the lexical class of a range.
-inline constexpr QVLexicalClassConstant QVLexicalClassAttributeName{5};
+inline constinit const NSAttributeName QVLexicalClassAttributeName{u"QVLexicalClass"};
 
 /// The constant for a node with these classes: of several, the first of keyword, string, comment, name and
 /// identifier decides. Null for none of them.

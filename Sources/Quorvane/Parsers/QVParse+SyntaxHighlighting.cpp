@@ -1,0 +1,216 @@
+// How a stretch of the match tree becomes text attributes.
+
+#include "Platform/Foundation/NSAssertionHandler.h"
+#include "Quorvane/Matches/QVCaptureMatch.h"
+#include "Quorvane/Parsers/QVAttributeCache.h"
+#include "Quorvane/Parsers/QVParse.h"
+#include "Quorvane/Parsers/QVParseText.h"
+#include "Quorvane/Scopes/QVCapture.h"
+
+#include <boost/container/small_vector.hpp>
+
+namespace quorvane {
+
+namespace {
+
+/// One walk's constant things.
+struct AttributeWalk {
+    NSUInteger length;
+    NSRange range;
+    QVAttributeCache &cache;
+    QVAttributesBlock block;
+
+    /// False when the block ends the walk.
+    bool report(const NSAttributes &attributes, NSRange extent, const std::shared_ptr<QVSyntax> &syntax,
+                std::uint64_t flags) const {
+        const NSRange piece = NSIntersectionRange(extent, range);
+        if (piece.length == 0)
+            return true;
+        bool stop = false;
+        block(attributes, piece, syntax, flags, stop);
+        return !stop;
+    }
+
+    bool reportCaptures(const QVCaptureMatchArray &captures, const std::shared_ptr<QVSyntax> &syntax) const {
+        for (const auto &capture : captures)
+            if (const NSAttributes *const attributes = cache.attributesForCapture(capture->capture()))
+                if (!report(*attributes, capture->fullRange(), syntax, QVAttributeFlagsAdd))
+                    return false;
+        return true;
+    }
+
+    bool reportMatch(const QVScopeMatch *match, const QVScope *scope, bool captures,
+                     const std::shared_ptr<QVSyntax> &syntax) const {
+        const NSAttributes *const attributes = cache.attributesForScope(scope);
+        if (scope->shouldResetStyleAttributes()) {
+            if (!report(attributes ? *attributes : NSAttributes(), match->fullRange(), syntax,
+                        QVAttributeFlagsReset))
+                return false;
+        } else if (attributes && !report(*attributes, match->fullRange(), syntax, QVAttributeFlagsAdd)) {
+            return false;
+        }
+        if (captures && match->hasCaptures())
+            if (const QVCaptureMatchArray *const matches = match->captureMatches())
+                if (!reportCaptures(*matches, syntax))
+                    return false;
+        if (captures && match->hasSubmatches())
+            if (const QVCaptureMatchArray *const matches = match->endCaptureMatches())
+                if (!reportCaptures(*matches, syntax))
+                    return false;
+        if (scope->definesSubsyntax() && !cache.defaultAttributes().empty()) {
+            const NSUInteger start = NSMaxRange(match->range());
+            const NSUInteger endLocation = match->endRange().location;
+            const NSUInteger end = endLocation == NSNotFound ? length : endLocation;
+            if (end > start && !report(cache.defaultAttributes(), {start, end - start}, match->subsyntax(),
+                                       QVAttributeFlagsRegionDefault))
+                return false;
+        }
+        return true;
+    }
+
+    /// A stack of the embedded languages between the top match and the present one. Trees are at most a
+    /// hundred deep, but one loop is faster than calls.
+    bool reportTree(const QVScopeMatch *top, bool captures,
+                    const std::shared_ptr<QVSyntax> &topSyntax) const {
+        struct Embedding {
+            const QVScopeMatch *match;
+            std::shared_ptr<QVSyntax> syntax;
+        };
+        boost::container::small_vector<Embedding, 4> embeddings;
+        const std::shared_ptr<QVSyntax> *syntax = &topSyntax;
+        const QVScopeMatch *match = top;
+        while (match != nullptr) {
+            const QVScope *const scope = match->scope();
+            const QVScopeType type = scope->type();
+            if (type != QVScopeTypeUnknown && type != QVScopeTypeWhitespace && type != QVScopeTypeNewline) {
+                if (!reportMatch(match, scope, captures, *syntax))
+                    return false;
+                if (const QVScopeMatch *const child = QVScopeMatch::directFirstChild(match)) {
+                    if (scope->definesSubsyntax()) {
+                        if (auto subsyntax = match->subsyntax()) {
+                            embeddings.push_back({match, std::move(subsyntax)});
+                            syntax = &embeddings.back().syntax;
+                        }
+                    }
+                    match = child;
+                    continue;
+                }
+            }
+            while (match != top && match->nextSibling() == nullptr) {
+                match = match->parentMatch();
+                if (!embeddings.empty() && embeddings.back().match == match) {
+                    embeddings.pop_back();
+                    syntax = embeddings.empty() ? &topSyntax : &embeddings.back().syntax;
+                }
+            }
+            match = match == top ? nullptr : match->nextSibling()->asScopeMatch();
+        }
+        return true;
+    }
+};
+
+/// The range with an end that can be counted.
+NSRange countableRange(NSRange range) {
+    if (range.location > NSNotFound)
+        return NSNotFoundRange;
+    return {range.location, std::min(range.length, NSNotFound - range.location)};
+}
+
+} // namespace
+
+bool QVParseEnumerateAttributesForMatchUsingBlock(const QVParse &parse,
+                                                  const std::shared_ptr<QVSyntax> &syntax, NSRange range,
+                                                  const QVScopeMatch *match, const QVScope *scope,
+                                                  bool captures, QVAttributeCache &scratch,
+                                                  QVAttributesBlock block) {
+    return AttributeWalk{parse.string().size(), countableRange(range), scratch, block}.reportMatch(
+        match, scope, captures, syntax);
+}
+
+bool QVParseEnumerateAttributesForMatchTreeUsingBlock(const QVParse &parse,
+                                                      const std::shared_ptr<QVSyntax> &syntax, NSRange range,
+                                                      const QVScopeMatch *match, bool captures,
+                                                      QVAttributeCache &scratch, QVAttributesBlock block) {
+    return AttributeWalk{parse.string().size(), countableRange(range), scratch, block}.reportTree(
+        match, captures, syntax);
+}
+
+const std::set<NSAttributeKey> &QVParse::attributesAffectedBySyntaxHighlighting() {
+    static const auto *const keys = new std::set<NSAttributeKey>{
+        NSFontAttributeName,           NSForegroundColorAttributeName,   NSBackgroundColorAttributeName,
+        NSUnderlineStyleAttributeName, NSUnderlineColorAttributeName,    NSStrikethroughStyleAttributeName,
+        NSShadowAttributeName,         NSStrikethroughColorAttributeName};
+    return *keys;
+}
+
+std::unique_ptr<QVAttributeCache> QVParse::takeAttributeCache(const NSAttributes &defaultAttributes) const {
+    std::unique_ptr<QVAttributeCache> cache;
+    {
+        const std::lock_guard guard(_attributeCacheMutex);
+        cache.swap(_attributeCache);
+    }
+    if (!cache || !cache->isCurrent() || cache->defaultAttributes() != defaultAttributes)
+        cache = std::make_unique<QVAttributeCache>(defaultAttributes);
+    return cache;
+}
+
+void QVParse::keepAttributeCache(std::unique_ptr<QVAttributeCache> cache) const {
+    const std::lock_guard guard(_attributeCacheMutex);
+    // Swapped, so that another walk's is freed outside of the lock.
+    _attributeCache.swap(cache);
+}
+
+void QVParse::enumerateAttributesInRange(NSRange range, const NSAttributes &defaultAttributes,
+                                         QVAttributesBlock usingBlock) const {
+    enumerateAttributesStartingWithMatch(fastMatchAtLocation(range.location, _rootMatch->submatches()), range,
+                                         defaultAttributes, usingBlock);
+}
+
+void QVParse::enumerateAttributesStartingWithMatch(const QVScopeMatch *match, NSRange range,
+                                                   const NSAttributes &defaultAttributes,
+                                                   QVAttributesBlock usingBlock) const {
+    QVParameterAssert(static_cast<bool>(usingBlock), "block != nil");
+    if (!usingBlock || match == nullptr)
+        return;
+    range = countableRange(range);
+    // Readers run side by side: the parse's cache is out while one of them has it, and others make their own.
+    std::unique_ptr<QVAttributeCache> cache = takeAttributeCache(defaultAttributes);
+    const AttributeWalk walk{_text->length(), range, *cache, usingBlock};
+
+    // Regions that began before the range come first.
+    boost::container::small_vector<const QVScopeMatch *, 16> ancestors;
+    for (const QVScopeMatch *parent = match->parentMatch(); parent; parent = parent->parentMatch())
+        ancestors.push_back(parent);
+    std::shared_ptr<QVSyntax> syntax = _syntax;
+    for (auto ancestor = ancestors.rbegin(); ancestor != ancestors.rend(); ++ancestor) {
+        const QVScope *const scope = (*ancestor)->scope();
+        if (!walk.reportMatch(*ancestor, scope, false, syntax))
+            break;
+        if (scope->definesSubsyntax()) {
+            syntax = (*ancestor)->subsyntax();
+            if (!syntax)
+                syntax = _syntax;
+        }
+    }
+
+    syntax = syntaxForMatch(match, NSNotFound);
+    while (walk.reportTree(match, true, syntax)) {
+        if (const QVMatch *const next = match->nextSibling()) {
+            if (!NSLocationInRange(next->range().location, range))
+                break;
+            match = next->asScopeMatch();
+            continue;
+        }
+        // A region that ends in the range is reported once more, for the captures of its end.
+        match = match->parentMatch();
+        if (match == nullptr)
+            break;
+        const NSUInteger end = match->endRange().location;
+        if (!NSLocationInRange(end, range) && end != range.location)
+            break;
+        syntax = syntaxForMatch(match, NSNotFound);
+    }
+    keepAttributeCache(std::move(cache));
+}
+
+} // namespace quorvane
