@@ -1,8 +1,10 @@
 // What a language costs before the first text: its file is read, its patterns are compiled. `to_xml` is the
 // load of a syntax to the reading of its XML alone; `to_interpreted` the compiling to machine code to the
-// compiling for the interpreter.
+// compiling for the interpreter; `archive` loads the same grammar from its archive, beside the load from XML
+// in the same run, and `start` what of that a start pays, before the first text in that language.
 #include "Benchmarks/Support/Timing.h"
 #include "Platform/Foundation/NSData.h"
+#include "Platform/Foundation/NSKeyedArchiver.h"
 #include "Quorvane/RegularExpressions/QVRegularExpression.h"
 #include "Quorvane/Scopes/QVScope.h"
 #include "Quorvane/Scopes/QVScopeSubsyntaxOptions.h"
@@ -94,6 +96,35 @@ void loadSyntax(benchmark::State &state, const std::string &language) {
     state.counters["to_xml"] = whole / reading;
 }
 
+/// The archive of a language as a cache keeps it. `wholly` goes on to the connected grammar, as the first
+/// text would; else only what a start reads.
+void loadArchive(benchmark::State &state, const std::string &language, bool wholly) {
+    const NSData data(test::contentsOfFile(test::bundledSyntaxPath(language)));
+    const NSData archive = NSKeyedArchiver::archivedDataWithRootObject(
+        QVSyntax::initWithDocument(*QVXMLDocument::initWithData(data)));
+    double fromArchive = 0;
+    double fromXML = 0;
+    for (auto _ : state) {
+        std::shared_ptr<QVSyntax> syntax;
+        const double seconds = secondsOf([&] {
+            syntax = NSKeyedUnarchiver::unarchivedObjectOfClass<QVSyntax>(archive);
+            if (wholly)
+                benchmark::DoNotOptimize(syntax->grammar().get());
+        });
+        if (!syntax || !syntax->grammar())
+            return state.SkipWithError("the archive can't be read");
+        state.SetIterationTime(seconds);
+        fromArchive += seconds;
+        fromXML += secondsOf([&] {
+            syntax = QVSyntax::initWithDocument(*QVXMLDocument::initWithData(data));
+            benchmark::DoNotOptimize(syntax->grammar().get());
+        });
+    }
+    state.counters["KB"] = static_cast<double>(archive.length()) / 1000;
+    state.counters["xml_KB"] = static_cast<double>(data.length()) / 1000;
+    state.counters["to_xml"] = fromArchive / fromXML;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -108,6 +139,12 @@ int main(int argc, char **argv) {
     }
     for (const std::string &language : test::corpusLanguages()) {
         benchmark::RegisterBenchmark(("load/" + language).c_str(), loadSyntax, language)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(("archive/" + language).c_str(), loadArchive, language, true)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(("start/" + language).c_str(), loadArchive, language, false)
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond);
         benchmark::RegisterBenchmark(("compile/" + language).c_str(), compilePatterns, language)
