@@ -6,6 +6,7 @@
 #include "Host/QVPackageError.h"
 #include "Host/QVPackageManifest.h"
 #include "Platform/Foundation/NSKeyedArchiver.h"
+#include "Quorvane/Styles/QVTheme.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 #include "Quorvane/XML/QVXMLDocument.h"
 
@@ -77,6 +78,7 @@ struct QVPackageFolder::Reader {
     void read(const fs::path &folder) {
         forEachFile(folder / "Syntaxes", ".xml", [this](const fs::path &file) { readSyntax(file); });
         forEachFile(folder / "Completions", ".xml", [this](const fs::path &file) { readCompletions(file); });
+        forEachFile(folder / "Themes", ".css", [this](const fs::path &file) { readTheme(file); });
     }
 
     std::shared_ptr<QVXMLDocument> documentOf(const NSData &data, const NSString &path) {
@@ -165,6 +167,19 @@ struct QVPackageFolder::Reader {
                 package._completionSets.emplace(name, set);
         package._completionProviders.insert(package._completionProviders.end(),
                                             completions->providers.begin(), completions->providers.end());
+    }
+
+    void readTheme(const fs::path &file) {
+        const NSString path = QVStringForPath(file);
+        std::shared_ptr<NSError> error;
+        // Looked at first, for the theme's own reader would wait for a pipe.
+        if (!QVContentsOfFile(file, limits::themeBytes, &error))
+            return tell(std::move(error));
+        if (auto theme = QVTheme::themeWithContentsOfURL(NSURL::fileURLWithPath(path), &error))
+            package._themes.push_back(std::move(theme));
+        else
+            tell(error ? QVPackageErrorForError(path, error)
+                       : QVPackageError(QVPackageErrorInvalidFile, path, {}, u"Is no theme"));
     }
 
     std::shared_ptr<QVCompletionsArchive> completionsFromXML(const NSData &data, const NSString &path) {

@@ -1,6 +1,7 @@
 // The page for authors of packages shows a whole package, and what it shows works.
 #include "Quorvane/Completions/QVCompletionProvider.h"
 #include "Quorvane/Completions/QVCompletionSet.h"
+#include "Quorvane/Styles/QVTheme.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 #include "Tests/Host/FolderFixture.h"
 #include "Tests/Support/Corpus.h"
@@ -46,6 +47,9 @@ TEST(PackageFolderPage, ItsExampleIsAWholePackage) {
     EXPECT_EQ(package->name(), u"Greetings");
     EXPECT_EQ(package->version(), u"1.0");
     EXPECT_THAT(keysOf(package->completionSets()), ElementsAre("greetings.words"));
+    ASSERT_THAT(package->themes(), SizeIs(1));
+    EXPECT_EQ(package->themes()[0]->name(), u"dawn");
+    EXPECT_THAT(*package->themes()[0]->styles(), SizeIs(2));
 
     QVLoadable::loadPackagesIntoSyntaxEngine({package});
     const auto syntax = QVSyntax::suggestedSyntaxForString(u"", u"a.greet");

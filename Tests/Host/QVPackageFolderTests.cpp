@@ -5,6 +5,7 @@
 #include "Quorvane/Completions/QVCompletion.h"
 #include "Quorvane/Completions/QVCompletionProvider.h"
 #include "Quorvane/Completions/QVCompletionSet.h"
+#include "Quorvane/Styles/QVTheme.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 #include "Tests/Host/FolderFixture.h"
 #include "Tests/Support/Recorders.h"
@@ -80,6 +81,23 @@ TEST(QVPackageFolder, LoadsIntoTheEngine) {
     QVLoadable::unloadPackagesFromSyntaxEngine({package});
     EXPECT_FALSE(QVSyntax::syntaxForName(u"small"));
     EXPECT_FALSE(QVCompletionSet::completionSetForName(u"words"));
+}
+
+TEST(QVPackageFolder, ThemesComeInTheOrderOfTheirNamesAndBrokenOnesAreTold) {
+    const TemporaryFolder folder;
+    folder.write("package.json", smallManifest);
+    folder.write("Themes/b.css", "comment { color: #808080; }");
+    folder.write("Themes/c.css", "comment { color: #808080; }\nkeyword {\n  color }");
+    folder.write("Themes/a.css", "keyword { color: #800000; }");
+    ASSERT_EQ(mkfifo((folder.path() / "Themes/d.css").c_str(), 0600), 0);
+    const auto [package, errors] = read(folder);
+    ASSERT_TRUE(package);
+    ASSERT_THAT(package->themes(), SizeIs(2));
+    EXPECT_EQ(package->themes()[0]->name(), u"a");
+    EXPECT_EQ(package->themes()[1]->name(), u"b");
+    ASSERT_THAT(errors, SizeIs(2));
+    EXPECT_THAT(errors[0], testing::MatchesRegex("Themes/c.css: \\{3, [0-9]+\\}: .+"));
+    EXPECT_EQ(errors[1], "Themes/d.css: Is no file");
 }
 
 TEST(QVPackageFolder, APackageMayHoldNothing) {

@@ -7,10 +7,7 @@
 #include "Quorvane/Packages/QVPackage.h"
 #include "Quorvane/Packages/QVPackageLock.h"
 #include "Quorvane/Styles/QVStyle.h"
-#if __has_include("Quorvane/Styles/QVTheme.h")
 #include "Quorvane/Styles/QVTheme.h"
-#define QV_HAS_THEMES 1
-#endif
 #include "Quorvane/Syntaxes/QVGrammar.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 
@@ -95,15 +92,17 @@ void adoptStyles(const std::shared_ptr<QVPackage> &package) {
             adopt(*style, package);
 }
 
-void addThemes([[maybe_unused]] const std::shared_ptr<QVPackage> &package) {
-#ifdef QV_HAS_THEMES
+void addThemes(const std::shared_ptr<QVPackage> &package) {
     for (const auto &theme : package->themes()) {
         if (!theme)
             continue;
         adopt(*theme, package);
+        // Its styles go onto grammars of other packages, and from there with this one.
+        const auto styles = theme->styles();
+        for (const auto &style : *styles)
+            adopt(*style, package);
         QVTheme::addTheme(theme);
     }
-#endif
 }
 
 bool leaves(const QVLoadable &object, const PackageSet &leaving) {
@@ -193,16 +192,12 @@ void QVLoadable::unloadPackagesFromSyntaxEngine(const Packages &packages) {
     // Snapshots outlive the lock, so that what goes for good is freed without it.
     std::map<NSString, std::shared_ptr<QVSyntax>> syntaxes;
     QVCompletionSet::Sets completionSets;
-#ifdef QV_HAS_THEMES
-    decltype(QVTheme::allThemes()) themes;
-#endif
+    std::vector<std::shared_ptr<QVTheme>> themes;
 
     const WriteGuard guard(QVPackageLock());
     syntaxes = QVSyntax::allSyntaxes();
     completionSets = QVCompletionSet::allCompletionSets();
-#ifdef QV_HAS_THEMES
     themes = QVTheme::allThemes();
-#endif
     for (const auto &[name, syntax] : syntaxes) {
         // Nothing is resolved here: that would take the lock again, and nobody uses a grammar that goes.
         if (const auto grammar = syntax->grammarResolvingIfNecessary(false)) {
@@ -225,14 +220,12 @@ void QVLoadable::unloadPackagesFromSyntaxEngine(const Packages &packages) {
         QVCompletionSet::setCompletionSet(nullptr, name);
         set->didUnloadFromPackage();
     }
-#ifdef QV_HAS_THEMES
     for (const auto &theme : themes) {
         if (!leaves(*theme, leaving))
             continue;
         QVTheme::removeTheme(theme);
         theme->didUnloadFromPackage();
     }
-#endif
     for (const auto &package : packages) {
         if (!package)
             continue;

@@ -1,5 +1,6 @@
 #include "Quorvane/Completions/QVCompletionSet.h"
 #include "Quorvane/Packages/QVPackageLock.h"
+#include "Quorvane/Styles/QVTheme.h"
 #include "Tests/Quorvane/Packages/PackageFixture.h"
 #include "Tests/Support/Recorders.h"
 
@@ -244,6 +245,21 @@ TEST(QVLoadableLoading, StylesLearnTheirPackage) {
     package->ownStyles.push_back(std::make_shared<QVStyle>());
     const LoadedPackages loaded({package});
     EXPECT_EQ(package->ownStyles[0]->package(), package);
+}
+
+TEST(QVLoadableLoading, ThemesAreRegisteredAndTheirStylesLearnThePackageToo) {
+    const auto package = packageNamed(u"one");
+    const auto theme = std::make_shared<QVTheme>();
+    const auto style = std::make_shared<QVStyle>();
+    theme->setStyles(QVTheme::Styles{style});
+    package->ownThemes = {nullptr, theme};
+    {
+        const LoadedPackages loaded({package});
+        EXPECT_THAT(QVTheme::allThemes(), ElementsAre(theme));
+        EXPECT_EQ(theme->package(), package);
+        EXPECT_EQ(style->package(), package);
+    }
+    EXPECT_THAT(QVTheme::allThemes(), IsEmpty());
 }
 
 TEST(QVLoadableLoading, TheNotificationNamesWhatWasTakenAndComesWithoutTheLock) {

@@ -1,5 +1,7 @@
 #include "Quorvane/Completions/QVCompletionSet.h"
 #include "Quorvane/Scopes/QVCapture.h"
+#include "Quorvane/Styles/QVTheme.h"
+#include "Quorvane/Styles/QVThemeController.h"
 #include "Tests/Quorvane/Packages/PackageFixture.h"
 #include "Tests/Support/Recorders.h"
 
@@ -255,6 +257,38 @@ TEST(QVLoadableUnloading, CompletionSetsLeaveTheRegistry) {
     EXPECT_EQ(QVCompletionSet::completionSetForName(u"of-the-staying"), staying->ownSets[u"of-the-staying"]);
     EXPECT_EQ(QVCompletionSet::completionSetForName(u"of-nobody"), ownerless);
     QVCompletionSet::setCompletionSet(nullptr, u"of-nobody");
+}
+
+TEST(QVLoadableUnloading, ThemesOfStayingPackagesStay) {
+    const auto going = packageNamed(u"going");
+    going->ownThemes = {std::make_shared<QVTheme>()};
+    const auto staying = packageNamed(u"staying");
+    staying->ownThemes = {std::make_shared<QVTheme>()};
+    const LoadedPackages loaded({staying});
+    QVLoadable::loadPackagesIntoSyntaxEngine({going});
+    QVLoadable::unloadPackagesFromSyntaxEngine({going});
+    EXPECT_THAT(QVTheme::allThemes(), ElementsAre(staying->ownThemes[0]));
+}
+
+TEST(QVLoadableUnloading, AGrammarLosesTheStylesOfAThemeWhosePackageGoes) {
+    const auto staying = packageNamed(u"staying");
+    const auto syntax = staying->addSyntax("language", scopesText(matchText("keyword", "a")));
+    const auto going = packageNamed(u"going");
+    const auto style = std::make_shared<QVStyle>();
+    style->setSelector(QVSimpleSelector::simpleSelectorWithString(u"keyword"));
+    const auto theme = std::make_shared<QVTheme>();
+    theme->setStyles(QVTheme::Styles{style});
+    going->ownThemes = {theme};
+    const LoadedPackages loaded({staying});
+    QVLoadable::loadPackagesIntoSyntaxEngine({going});
+    const auto &controller = QVThemeController::sharedController();
+    controller->setCurrentTheme(theme);
+    const auto scope = syntax->grammar()->scopes()[0];
+    EXPECT_THAT(*scope->styles(), ElementsAre(style));
+    QVLoadable::unloadPackagesFromSyntaxEngine({going});
+    EXPECT_THAT(*scope->styles(), IsEmpty());
+    EXPECT_EQ(treeOfText(syntax, u"a"), "Match keyword [0,1]\n");
+    controller->setCurrentTheme(nullptr);
 }
 
 TEST(QVLoadableUnloading, WhatNobodyHoldsIsFreed) {
