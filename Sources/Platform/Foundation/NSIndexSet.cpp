@@ -36,6 +36,15 @@ void NSIndexSet::addIndexesInRange(NSRange range) {
     if (range.length == 0)
         return;
     checkRange(range);
+    // Sets are mostly filled in order.
+    if (_ranges.empty() || range.location > NSMaxRange(_ranges.back())) {
+        _ranges.push_back(range);
+        return;
+    }
+    if (range.location == NSMaxRange(_ranges.back())) {
+        _ranges.back().length += range.length;
+        return;
+    }
     // All that the range overlaps or touches becomes one with it.
     const auto first = std::partition_point(
         _ranges.begin(), _ranges.end(), [&](NSRange other) { return NSMaxRange(other) < range.location; });

@@ -23,6 +23,19 @@ TEST(NSIndexSet, KeepsIndexesAsMaximalRanges) {
     EXPECT_EQ(set, NSIndexSet::indexSetWithIndexesInRange({0, 20}));
 }
 
+TEST(NSIndexSet, FillingInOrderKeepsMaximalRanges) {
+    NSIndexSet set;
+    set.addIndex(2);
+    set.addIndexesInRange({3, 2});
+    set.addIndex(6);
+    set.addIndex(6);
+    set.addIndexesInRange({6, 3});
+    set.addIndex(8);
+    EXPECT_THAT(set.ranges(), ElementsAre(R{2, 3}, R{6, 3}));
+    set.addIndex(5);
+    EXPECT_THAT(set.ranges(), ElementsAre(R{2, 7}));
+}
+
 TEST(NSIndexSet, RemovingCutsRanges) {
     NSIndexSet set = NSIndexSet::indexSetWithIndexesInRange({0, 10});
     set.removeIndexesInRange({3, 2});
