@@ -97,7 +97,7 @@ TEST(QVGramPatternLaw, AgreesWithThePlainWayToTheLastBit) {
     const std::u16string letters = u"aabbABcC__ 1";
     const std::u16string odd = u"abAB \téÉ\u0301\u0130\u00A0\xFFFF\xD83D\xDE00\u1E9E";
     std::size_t matches = 0;
-    for (unsigned seed = 1; seed <= 20000; ++seed) {
+    for (unsigned seed = 1; seed <= 8000; ++seed) {
         std::mt19937 random(seed);
         const std::u16string &units = random() % 3 == 0 ? odd : letters;
         const auto text = [&](std::size_t longest) {
@@ -133,7 +133,7 @@ TEST(QVGramPatternLaw, AgreesWithThePlainWayToTheLastBit) {
         }
     }
     // Or the law says nothing.
-    EXPECT_GT(matches, 30000u);
+    EXPECT_GT(matches, 12000u);
 }
 
 TEST(QVGramPatternLaw, LongNamesAndPatternsAgreeToo) {
