@@ -23,7 +23,7 @@ BELOW = {
 LAYERS = [
     (r"Quorvane(Errors|Version)", 0),
     (r"Categories/", 0),
-    (r"Text/QV(MutableRLEArray|RLEArray|LineRunArray|\w*Selection|\w*RangeArray|\w*Index)", 0),
+    (r"Text/QV(MutableRLEArray|RLEArray|RunSequence|LineRun|\w*Selection|\w*RangeArray|\w*Index)", 0),
     (r"Packages/QVLoadable|Packages/QVPackageLock", 1),
     (r"XML/|RegularExpressions/", 1),
     (r"Selectors/QV(SimpleSelector|Selectable|ClassText)", 1),
