@@ -18,7 +18,7 @@ namespace quorvane {
 /// Entries stand in chunks, with their locations relative to the first one. A flat directory holds for each
 /// chunk the location and the index of its first entry. An edit moves all chunks behind it by the same
 /// distance; that is written down once, as a shift that is pending behind one chunk. Editing in one place
-/// adds to the pending shift, editing elsewhere first carries it to the new place, which touches eight bytes
+/// adds to the pending shift, editing elsewhere first carries it to the new place, which touches two numbers
 /// for each chunk in between. Every answer takes the shift into account, so nobody sees that it is pending.
 ///
 /// Not safe for concurrent use while it changes.
