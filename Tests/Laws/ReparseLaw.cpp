@@ -1,12 +1,18 @@
 #include "Tests/Laws/ReparseLaw.h"
 
 #include "Host/QVMatchTreeText.h"
+#include "Platform/Foundation/NSException.h"
+#include "Quorvane/Categories/NSString+QuorvaneAdditions.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
+#include "Quorvane/RegularExpressions/QVRegularExpression.h"
 #include "Quorvane/RegularExpressions/QVRegularExpressionResult.h"
 #include "Quorvane/Scopes/QVScope.h"
-#include "Tests/Support/MatchTreeChecks.h"
+#include "Quorvane/Scopes/QVScopeSubsyntaxOptions.h"
+#include "Quorvane/Syntaxes/QVGrammar.h"
+#include "Quorvane/Syntaxes/QVSyntax.h"
 
 #include <cstdio>
+#include <unordered_set>
 
 namespace quorvane::test {
 
@@ -160,6 +166,72 @@ NSUInteger firstUncoveredDifference(const std::vector<std::uint64_t> &before,
     return NSNotFound;
 }
 
+// Excuses
+
+namespace {
+
+/// The sequence that a region's matches were made of.
+const QVScope::Scopes &sequenceOf(const QVScopeMatch &match) {
+    const auto syntax = match.subsyntax();
+    if (!syntax || !syntax->grammar())
+        return match.scope()->subscopes();
+    const NSString &name = match.scope()->subsyntaxOptions()->collection();
+    const std::shared_ptr<QVCollection> collection = syntax->grammar()->collectionWithName(name);
+    if (name && collection)
+        return collection->scopes();
+    return name ? match.scope()->subscopes() : syntax->grammar()->scopes();
+}
+
+/// Whether a region of the sequence can come to nothing, which takes an empty start.
+bool canLoseRegion(const QVScope::Scopes &sequence, std::unordered_set<const QVScope *> &known) {
+    for (const std::shared_ptr<QVScope> &scope : sequence) {
+        if (!known.insert(scope.get()).second)
+            continue;
+        if (scope->type() == QVScopeTypeStartEnd && scope->regularExpression() &&
+            scope->regularExpression()->canMatchEmptyText())
+            return true;
+        if (scope->type() != QVScopeTypeInclude)
+            continue;
+        // Which syntax an include means can depend on where it stands: all are looked at.
+        for (const auto &[name, syntax] : QVSyntax::allSyntaxes()) {
+            const std::shared_ptr<QVGrammar> grammar = syntax->grammar();
+            if (!grammar)
+                continue;
+            if (canLoseRegion(grammar->scopes(), known))
+                return true;
+            const auto collection = grammar->collectionWithName(scope->includeCollectionName());
+            if (collection && canLoseRegion(collection->scopes(), known))
+                return true;
+        }
+    }
+    return false;
+}
+
+bool hasSeveralLines(const QVScopeMatch &match) {
+    for (const QVScopeMatch *const child : match.submatches())
+        if (child->scope()->type() == QVScopeTypeNewline || hasSeveralLines(*child))
+            return true;
+    return false;
+}
+
+std::string excuseOfMatch(const QVScopeMatch &match) {
+    if (std::unordered_set<const QVScope *> known; match.scope()->usesAnchoredSubscopeMatching() &&
+                                                   hasSeveralLines(match) &&
+                                                   canLoseRegion(sequenceOf(match), known))
+        return "a region of a sequence can have come to nothing";
+    for (const QVScopeMatch *const child : match.submatches()) {
+        if (child->range().location == NSNotFound)
+            return "a line that is too long ends the text in a sequence";
+        if (std::string excuse = excuseOfMatch(*child); !excuse.empty())
+            return excuse;
+    }
+    return "";
+}
+
+} // namespace
+
+std::string excuseOfTree(const QVParse &fresh) { return excuseOfMatch(*fresh.rootMatch()); }
+
 // Editing
 
 RandomEdits::RandomEdits(std::uint32_t seed, std::vector<std::u16string> pieces)
@@ -273,7 +345,7 @@ Edit RandomEdits::next(const QVParse &parse) {
 
 ReparseLaw::ReparseLaw(std::shared_ptr<QVSyntax> syntax, std::u16string text, NSUInteger maximumLineLength)
     : _syntax(std::move(syntax)), _text(std::move(text)), _maximumLineLength(maximumLineLength) {
-    startAfresh();
+    _parse = freshParse();
 }
 
 std::shared_ptr<QVParse> ReparseLaw::freshParse() const {
@@ -283,32 +355,62 @@ std::shared_ptr<QVParse> ReparseLaw::freshParse() const {
     return parse;
 }
 
-void ReparseLaw::startAfresh() { _parse = freshParse(); }
-
-std::string ReparseLaw::problemOfEdit(const Edit &edit) {
-    const std::vector<std::uint64_t> before = paintedTree(*_parse);
-    const bool wasEmpty = _parse->rootMatch()->submatches().isEmpty();
-    _text.replace(edit.range.location, edit.range.length, edit.text);
-    _parse->performWritingBlockAndWait(
-        [&] { _answer = _parse->replaceCharactersInRange(edit.range, edit.text, nullptr); });
-    const auto fresh = freshParse();
+std::string ReparseLaw::problemOfTree(const QVParse &fresh) const {
     if (_parse->string() != _text)
         return "the text is another one";
     if (_answer.location > _text.size() || _answer.length > _text.size() - _answer.location)
         return "the answered range leaves the text";
+    if (const std::string difference = differenceOfTrees(*_parse, fresh); !difference.empty()) {
+        std::string trees = QVMatchTreeText(*_parse) + "fresh tree:\n" + QVMatchTreeText(fresh);
+        return difference + "\nanswered " + std::to_string(_answer.location) + "," +
+               std::to_string(_answer.length) + "\nedited tree:\n" + (_text.size() < 2000 ? trees : "");
+    }
+    if (_parse->bracketLocationsByDepth() != fresh.bracketLocationsByDepth())
+        return "another bracket table";
+    return "";
+}
+
+/// Parsing starts at the line before the edited ones.
+NSUInteger ReparseLaw::firstLocation(const Edit &edit) const {
+    const NSRange lines = qv_lineRangeForRange(_text, {edit.range.location, edit.text.size()});
+    return lines.location == 0 ? 0 : qv_lineRangeForRange(_text, {lines.location - 1, 1}).location;
+}
+
+std::string ReparseLaw::problemOfEdit(const Edit &edit) {
+    const std::vector<std::uint64_t> before = paintedTree(*_parse);
+    const bool wasEmpty = _parse->rootMatch()->submatches().isEmpty();
+    std::string excuse = excuseOfTree(*_parse);
+    _text.replace(edit.range.location, edit.range.length, edit.text);
+    std::string problem;
+    try {
+        _parse->performWritingBlockAndWait(
+            [&] { _answer = _parse->replaceCharactersInRange(edit.range, edit.text, nullptr); });
+    } catch (const NSException &exception) {
+        return exception.reason().UTF8String();
+    }
     if (wasEmpty && _answer != NSRange{0, _text.size()})
         return "the first parse answers another range than the whole text";
-    if (const std::string difference = differenceOfTrees(*_parse, *fresh); !difference.empty())
-        return difference + "\nanswered " + std::to_string(_answer.location) + "," +
-               std::to_string(_answer.length) + "\nedited tree:\n" +
-               (_text.size() < 2000 ? QVMatchTreeText(*_parse) + "fresh tree:\n" + QVMatchTreeText(*fresh)
-                                    : "");
-    if (_parse->bracketLocationsByDepth() != fresh->bracketLocationsByDepth())
-        return "another bracket table";
+    const auto fresh = freshParse();
+    if (!wasEmpty && !_text.empty() && _answer.location != firstLocation(edit))
+        return "the answered range does not start at the line before the edit";
+    problem = problemOfTree(*fresh);
     const NSUInteger uncovered = firstUncoveredDifference(before, paintedTree(*_parse), edit, _answer);
-    if (uncovered != NSNotFound)
-        return "the answered range " + std::to_string(_answer.location) + "," +
-               std::to_string(_answer.length) + " does not cover the change at " + std::to_string(uncovered);
+    if (problem.empty() && uncovered != NSNotFound)
+        problem = "the answered range " + std::to_string(_answer.location) + "," +
+                  std::to_string(_answer.length) + " does not cover the change at " +
+                  std::to_string(uncovered);
+    if (excuse.empty())
+        excuse = excuseOfTree(*fresh);
+    // Neither a unit before the first location nor one of the line behind it has changed.
+    if (const std::vector<std::uint64_t> after = paintedTree(*fresh);
+        excuse.empty() && !wasEmpty &&
+        !std::equal(after.begin(), after.begin() + static_cast<std::ptrdiff_t>(_answer.location),
+                    before.begin()))
+        excuse = "a pattern looks over lines";
+    if (problem.empty() || excuse.empty())
+        return problem;
+    ++_excusedCount;
+    _parse = fresh;
     return "";
 }
 

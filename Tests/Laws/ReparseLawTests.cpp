@@ -2,6 +2,7 @@
 // text gives, and the answered range covers all that changed.
 
 #include "Quorvane/Syntaxes/QVSyntax.h"
+#include "Tests/Laws/RandomGrammars.h"
 #include "Tests/Laws/ReparseLaw.h"
 #include "Tests/Support/Corpus.h"
 #include "Tests/Support/Recorders.h"
@@ -64,3 +65,29 @@ INSTANTIATE_TEST_SUITE_P(, CorpusReparseLaw, testing::ValuesIn(corpusCases()), [
     std::replace(name.begin(), name.end(), '-', '_');
     return name;
 });
+
+TEST(ReparseLaw, RandomGrammarsKeepIt) {
+    const LogRecorder log;
+    const std::uint32_t first = fromEnvironment("QUORVANE_LAW_FIRST_SEED", 1);
+    const std::uint32_t last = first + fromEnvironment("QUORVANE_LAW_SEEDS", 1000);
+    int excusedCount = 0;
+    for (std::uint32_t seed = first; seed < last; ++seed) {
+        RandomGrammars grammars(seed);
+        ReparseLaw law(grammars.syntax(), grammars.nextText(), seed % 4 == 3 ? 12 : 0);
+        RandomEdits edits(seed, {u"b", u"c", u"d", u"(", u")", u"{", u"}", u"\"", u"<", u";", u"abc"});
+        for (int count = 0; count < 20; ++count) {
+            const std::u16string before = law.text();
+            const Edit edit = edits.next(law.parse());
+            const std::string problem = law.problemOfEdit(edit);
+            ASSERT_EQ(problem, "") << "seed " << seed << ", edit " << count << " of {" << edit.range.location
+                                   << ", " << edit.range.length << "} with " << unitsOfText(edit.text)
+                                   << "\nin " << unitsOfText(before) << "\n"
+                                   << grammars.files()[0] << "\n"
+                                   << grammars.files()[1] << "\n"
+                                   << grammars.files()[2];
+        }
+        excusedCount += law.excusedCount();
+    }
+    // An excuse that came often would hide something.
+    EXPECT_LE(excusedCount, 2 + static_cast<int>(last - first) / 200);
+}

@@ -22,15 +22,20 @@ void QVReparse::finish() {
 }
 
 QVScopeMatch *QVReparse::firstOldMatch() {
-    QVMatch *match = matchAtLocation(static_cast<NSInteger>(_firstLocation)).match;
-    // A region whose end marks the start survives.
-    while (match != nullptr && NSLocationInRange(_firstLocation, match->endRange()))
-        match = match->nextShallowMatch();
-    if (match != nullptr && !match->asScopeMatch()->isInserted())
-        match = match->deepestFirstChild();
-    while (match != nullptr && match->asScopeMatch()->isInserted())
-        match = match->nextDeepMatch();
-    return match ? match->asScopeMatch() : nullptr;
+    // All behind the first match stood at or behind the first location. A region whose end marks that place
+    // is around the first match, and survives.
+    QVScopeMatch *const match = oldMatchBehindLevel(0);
+    return match ? match->deepestFirstChild()->asScopeMatch() : nullptr;
+}
+
+/// Whether an old match stood in the text that was parsed anew.
+bool QVReparse::isReplaced(const QVMatch *match) const {
+    const auto oldEnd = static_cast<NSInteger>(_successEnd) - _delta;
+    const NSRange range = match->range();
+    const auto location = static_cast<NSInteger>(range.location);
+    // A region with an empty start at the old end may well hold something: it stood behind.
+    return range.location >= _firstLocation &&
+           (location < oldEnd || (location == oldEnd && match->fullRange().length == 0));
 }
 
 NSUInteger QVReparse::indexOfOldMatch(const QVScopeMatch *match) {
@@ -53,9 +58,11 @@ void QVReparse::removeOldMatches() {
         NSUInteger count;
     };
     std::vector<Removal> removals;
-    const auto oldEnd = static_cast<NSInteger>(_successEnd) - _delta;
     NSIndexSet symbolIndexes;
-    for (QVScopeMatch *match = firstOldMatch(); match != nullptr;) {
+    QVScopeMatch *match = firstOldMatch();
+    if (match != nullptr && !isReplaced(match))
+        match = nullptr;
+    while (match != nullptr) {
         QVScopeMatch *const parent = match->parentMatch();
         if (parent == nullptr)
             break;
@@ -72,11 +79,7 @@ void QVReparse::removeOldMatches() {
             match = parent;
             continue;
         }
-        const NSRange range = next ? next->range() : NSNotFoundRange;
-        const auto location = static_cast<NSInteger>(range.location);
-        const bool goes = range.location >= _firstLocation &&
-                          (location < oldEnd || (range.length == 0 && location == oldEnd));
-        match = goes ? const_cast<QVMatch *>(next)->asScopeMatch() : nullptr;
+        match = next != nullptr && isReplaced(next) ? const_cast<QVMatch *>(next)->asScopeMatch() : nullptr;
     }
     for (const Removal &removal : removals)
         removal.parent->removeSubmatchesAtIndexes(

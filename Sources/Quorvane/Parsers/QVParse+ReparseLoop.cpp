@@ -50,15 +50,17 @@ bool QVReparse::parseStretch() {
 /// enters on its own.
 void QVReparse::enterAncestors() {
     QVParsePass &pass = *_parse._pass;
-    _setTemplateScope = false;
     for (QVScopeMatch *match = _parent->parentMatch(); match != nullptr; match = match->parentMatch()) {
         const QVScope &scope = *match->scope();
         pass.parseStackMatches.push_back(match);
         if (scope.definesSubsyntax())
             pass.subsyntaxAncestors.emplace_back(match);
-        if (scope.isTemplateScope() && !pass.isInTemplateScope)
-            pass.isInTemplateScope = _setTemplateScope = true;
+        if (scope.isTemplateScope())
+            pass.isInTemplateScope = true;
     }
+    // In the parent's contents template scopes are not tried either.
+    if (_parent->scope()->isTemplateScope())
+        pass.isInTemplateScope = true;
     std::reverse(pass.parseStackMatches.begin(), pass.parseStackMatches.end());
     std::reverse(pass.subsyntaxAncestors.begin(), pass.subsyntaxAncestors.end());
 }
@@ -67,8 +69,7 @@ void QVReparse::leaveAncestors() {
     QVParsePass &pass = *_parse._pass;
     pass.parseStackMatches.clear();
     pass.subsyntaxAncestors.clear();
-    if (_setTemplateScope)
-        pass.isInTemplateScope = false;
+    pass.isInTemplateScope = false;
 }
 
 /// An end match at the end of the stretch closes the parent, whose end then stands in the new text already.
@@ -179,21 +180,19 @@ void QVReparse::endAnchoredAncestors() {
 
 /// Whether the reparse is at its end.
 bool QVReparse::decide(bool restStands, const QVScopeMatch *lastOldParent) {
-    const bool sameContext = restStands && lastOldParent == lastNewParent();
     if (_successEnd == _string.size()) {
-        if (!sameContext)
-            reopenAncestors();
+        reopenAncestors();
         return true;
     }
-    return sameContext && _successEnd == _start + _plannedLength && _extension == 0;
+    return restStands && lastOldParent == lastNewParent() && _successEnd == _start + _plannedLength &&
+           _extension == 0;
 }
 
-/// At the text's end: ends of before are not where they were found; the regions get theirs at the end.
+/// At the text's end, which all regions around it share: where one of them ended before does not count, not
+/// even where the old tree was in the same region there, for that may have been its very end.
 void QVReparse::reopenAncestors() {
-    for (QVScopeMatch *match = _parent;
-         match != _parse.rootMatch() && match->endRange().location != NSNotFound;
-         match = match->parentMatch()) {
-        if (match->skipForBumping())
+    for (QVScopeMatch *match = _parent; match != _parse.rootMatch(); match = match->parentMatch()) {
+        if (match->skipForBumping() || match->endRange().location == NSNotFound)
             continue;
         match->setEndRange(NSNotFoundRange);
         match->setEndCaptureMatches(nullptr);

@@ -10,10 +10,14 @@ namespace quorvane {
 
 namespace {
 
+/// What is marked to be skipped has its end at a place of the new text.
+bool endHolds(const QVScopeMatch *match, NSUInteger location) {
+    return !match->skipForBumping() && NSLocationInRange(location, QVScopeMatch::directEndRange(match));
+}
+
 bool holds(const QVScopeMatch *match, NSUInteger location) {
     const NSRange range = match->range();
-    return range.location == location || NSLocationInRange(location, range) ||
-           NSLocationInRange(location, match->endRange());
+    return range.location == location || NSLocationInRange(location, range) || endHolds(match, location);
 }
 
 /// The first position that nothing in the match's subtree reaches.
@@ -53,7 +57,7 @@ QVScopeMatch *firstThatHolds(QVSubmatches children, NSUInteger low, NSUInteger h
 QVScopeMatch *QVParse::matchAtLocation(NSUInteger location, QVScopeMatch *withDirtyMatchesStartingAtMatch) {
     for (QVScopeMatch *match = withDirtyMatchesStartingAtMatch; match != nullptr;
          match = QVScopeMatch::directNextMatch(match)) {
-        if (holds(match, location))
+        if (!match->isInserted() && holds(match, location))
             return match;
         if (QVScopeMatch::directFirstChild(match) != nullptr)
             continue;
@@ -61,7 +65,7 @@ QVScopeMatch *QVParse::matchAtLocation(NSUInteger location, QVScopeMatch *withDi
             QVScopeMatch *const parent = QVScopeMatch::directParentMatch(child);
             if (parent == nullptr)
                 break;
-            if (NSLocationInRange(location, QVScopeMatch::directEndRange(parent)))
+            if (!parent->isInserted() && endHolds(parent, location))
                 return parent;
             child = parent;
         }
@@ -160,11 +164,9 @@ QVReparse::Found QVReparse::searchFromFirstMatch(NSUInteger location) {
     }
     for (std::size_t index = 0; const Level *const level = levelAt(index); ++index) {
         const QVSubmatches children = level->parent->submatches();
-        if (QVScopeMatch *const match = firstThatHolds(children, level->begin, level->end, location))
-            return {match, Found::Inserted, index};
         if (QVScopeMatch *const match = firstThatHolds(children, level->end, children.count(), location))
             return {match, Found::Old};
-        if (NSLocationInRange(location, level->parent->endRange()))
+        if (endHolds(level->parent, location))
             return {level->parent, Found::Ancestor, index};
     }
     return {};
@@ -188,9 +190,9 @@ void QVReparse::walkOldMatches(QVScopeMatch *&match, NSInteger oldEnd, NSInteger
     }
 }
 
-NSInteger QVReparse::furthestOldEndBehindLevel(std::size_t level, NSInteger oldEnd) {
-    if (!_reach.isValid || _reach.level != level || _reach.before > oldEnd)
-        _reach = {true, level, oldMatchBehindLevel(level), oldEnd, 0};
+NSInteger QVReparse::furthestOldEndBehindFirstMatch(NSInteger oldEnd) {
+    if (!_reach.isValid || _reach.before > oldEnd)
+        _reach = {true, oldMatchBehindLevel(0), oldEnd, 0};
     _reach.before = oldEnd;
     walkOldMatches(_reach.next, oldEnd, _reach.furthest);
     return _reach.furthest;
@@ -200,8 +202,6 @@ NSInteger QVReparse::furthestOldEnd(const Found &from, NSInteger oldEnd) {
     switch (from.kind) {
     case Found::Nothing:
         return 0;
-    case Found::Inserted:
-        return furthestOldEndBehindLevel(from.level, oldEnd);
     case Found::Old: {
         QVScopeMatch *match = from.match;
         NSInteger furthest = 0;
@@ -213,11 +213,11 @@ NSInteger QVReparse::furthestOldEnd(const Found &from, NSInteger oldEnd) {
     }
     // From an ancestor on, all lies in the walk that is behind the ancestor's start. What stands before the
     // first match ended before the first location, so only the ancestors themselves and what follows count.
-    NSInteger furthest = furthestOldEndBehindLevel(0, oldEnd);
+    NSInteger furthest = furthestOldEndBehindFirstMatch(oldEnd);
     for (std::size_t index = 0; index <= from.level; ++index) {
         const QVScopeMatch *const ancestor = levelAt(index)->parent;
         const NSRange endRange = ancestor->endRange();
-        if (endRange.location != NSNotFound)
+        if (endRange.location != NSNotFound && !ancestor->skipForBumping())
             furthest = std::max(furthest, static_cast<NSInteger>(NSMaxRange(endRange)));
     }
     return furthest;
@@ -253,10 +253,6 @@ QVScopeMatch *QVReparse::lastOldParent(NSInteger oldLocation) {
     const Found found = matchAtLocation(oldLocation);
     if (found.match == nullptr)
         return nullptr;
-    if (found.kind == Found::Inserted) {
-        const QVScopeMatch *const behind = oldMatchBehindLevel(found.level);
-        return behind ? behind->deepestFirstChild()->parentMatch() : nullptr;
-    }
     const QVMatch *match = found.match->deepestFirstChild();
     while (match != nullptr && match->asScopeMatch()->isInserted())
         match = match->nextDeepMatch();

@@ -142,9 +142,10 @@ public:
                                      QVBlock<void(double)> progressBlock);
     void clearAllMatches();
 
-    /// The first match, from the given one on in document order, that holds the location in its range or its
-    /// end range or begins there; a region also on leaving its last child. For trees that an edit is at work
-    /// on, whose new and old nodes stand at places of two texts. Null where there is none.
+    /// The first old match, from the given one on in document order, that holds the location in its range or
+    /// its end range or begins there; a region also on leaving its last child. For trees that an edit is at
+    /// work on: what is marked as inserted, and ends of what is marked to be skipped, stand at places of the
+    /// new text and are passed over. Null where there is none.
     static QVScopeMatch *matchAtLocation(NSUInteger location, QVScopeMatch *withDirtyMatchesStartingAtMatch);
     /// Moves everything behind a match, and the ends of the regions around it, by a change of the text's
     /// length; what is marked to be skipped stands there already. Moving something before the text's start is

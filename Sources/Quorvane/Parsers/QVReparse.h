@@ -38,16 +38,15 @@ private:
     };
     /// A match of the mixed tree.
     struct Found {
-        enum Kind : std::uint8_t { Nothing, Old, Inserted, Ancestor };
+        enum Kind : std::uint8_t { Nothing, Old, Ancestor };
         QVScopeMatch *match = nullptr;
         Kind kind = Nothing;
-        /// For what is inserted and for ancestors.
+        /// For ancestors.
         std::size_t level = 0;
     };
     /// How far old matches reach that begin before some place, remembered as that place moves on.
     struct Reach {
         bool isValid = false;
-        std::size_t level = 0;
         QVScopeMatch *next = nullptr;
         NSInteger before = 0;
         NSInteger furthest = 0;
@@ -81,7 +80,7 @@ private:
     // The old tree beside the new one
     bool measureExtension();
     NSInteger furthestOldEnd(const Found &from, NSInteger oldEnd);
-    NSInteger furthestOldEndBehindLevel(std::size_t level, NSInteger oldEnd);
+    NSInteger furthestOldEndBehindFirstMatch(NSInteger oldEnd);
     void walkOldMatches(QVScopeMatch *&match, NSInteger oldEnd, NSInteger &furthest);
     QVScopeMatch *nextOldMatch(const QVScopeMatch *match);
     QVScopeMatch *oldMatchBehindLevel(std::size_t level);
@@ -97,6 +96,7 @@ private:
     // Finishing
     void finish();
     QVScopeMatch *firstOldMatch();
+    bool isReplaced(const QVMatch *match) const;
     void removeOldMatches();
     void noteSymbol(const QVScopeMatch *match, NSIndexSet &indexes) const;
     void removeSymbols(const NSIndexSet &indexes);
@@ -120,7 +120,6 @@ private:
     NSUInteger _insertionIndex = 0;
     NSUInteger _start = 0;
     NSUInteger _plannedLength = 0;
-    bool _setTemplateScope = false;
     QVScopeMatchArray _tree;
     /// The end match that closed the parent.
     QVScopeMatchReference _endMatch;

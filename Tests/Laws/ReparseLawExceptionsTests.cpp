@@ -1,0 +1,123 @@
+// Where the rules themselves keep an edited tree from being the one of a fresh parse. Each case is small
+// enough to be followed by hand; what is expected is what the rules say, not what one would wish for.
+
+#include "Host/QVMatchTreeText.h"
+#include "Tests/Laws/ReparseLaw.h"
+#include "Tests/Quorvane/Parsers/GrammarText.h"
+
+#include <gtest/gtest.h>
+
+using namespace quorvane;
+using namespace quorvane::test;
+
+namespace {
+
+std::string freshTree(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text,
+                      NSUInteger maximumLineLength = 0) {
+    return QVMatchTreeText(*parseOfText(syntax, text, maximumLineLength));
+}
+
+std::string editedTree(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text, NSRange range,
+                       std::u16string_view replacement, NSUInteger maximumLineLength = 0) {
+    const auto parse = parseOfText(syntax, text, maximumLineLength);
+    parse->performWritingBlockAndWait([&] { parse->replaceCharactersInRange(range, replacement, nullptr); });
+    return QVMatchTreeText(*parse);
+}
+
+} // namespace
+
+/// Parsing starts one line before the edit. "a" looks three lines ahead for the ";", so nobody asks it again
+/// when that goes.
+TEST(ReparseLawExceptions, APatternThatLooksOverLinesIsNotAskedAgain) {
+    const auto syntax = syntaxWithScopes(single("m", "a(?=[^;]*;)"));
+    EXPECT_EQ(freshTree(syntax, u"a\nb\nc\nd"), "Root test.root -\n"
+                                                "  Unknown test.unknown [0,1]\n"
+                                                "  Newline test.newline [1,1]\n"
+                                                "  Unknown test.unknown [2,1]\n"
+                                                "  Newline test.newline [3,1]\n"
+                                                "  Unknown test.unknown [4,1]\n"
+                                                "  Newline test.newline [5,1]\n"
+                                                "  Unknown test.unknown [6,1]\n");
+    EXPECT_EQ(editedTree(syntax, u"a\nb\nc\nd;", {7, 1}, u""), "Root test.root -\n"
+                                                               "  Match m [0,1]\n"
+                                                               "  Newline test.newline [1,1]\n"
+                                                               "  Unknown test.unknown [2,1]\n"
+                                                               "  Newline test.newline [3,1]\n"
+                                                               "  Unknown test.unknown [4,1]\n"
+                                                               "  Newline test.newline [5,1]\n"
+                                                               "  Unknown test.unknown [6,1]\n");
+}
+
+/// What an include brings is settled by its first use and kept until the tree is emptied. The one in "inner"
+/// is first used from "test", which replaces the collection; without that line a fresh parse meets it from
+/// "other" first, which does not.
+TEST(ReparseLawExceptions, AnIncludeStaysWhatItsFirstUseMadeOfIt) {
+    const RegisteredSyntax inner(syntaxFromXML(
+        "<syntax name='inner'><collections><collection name='first'>" + single("plain", "x") +
+        "</collection></collections><scopes><include syntax='self' collection='first'/></scopes></syntax>"));
+    const RegisteredSyntax other(
+        syntaxFromXML("<syntax name='other'><collections><collection name='regions'>" +
+                      region("brace", "\\{", "\\}", "<subsyntax name='inner'/>") +
+                      "</collection></collections><scopes>" + single("o", "o") + "</scopes></syntax>"));
+    const RegisteredSyntax test(
+        syntaxFromXML("<syntax name='test'><collections><collection name='first' override='true'>" +
+                      single("replaced", "x") + "</collection></collections><scopes>" +
+                      region("angle", "&lt;", "&gt;", "<subsyntax name='inner'/>") +
+                      "<include syntax='other' collection='regions'/></scopes></syntax>"));
+    EXPECT_EQ(freshTree(test.syntax(), u"{x}"), "Root test.root -\n"
+                                                "  StartEnd brace [0,1] end[2,1]\n"
+                                                "    Match plain [1,1]\n");
+    EXPECT_EQ(editedTree(test.syntax(), u"<x>\n{x}", {0, 4}, u""), "Root test.root -\n"
+                                                                   "  StartEnd brace [0,1] end[2,1]\n"
+                                                                   "    Match replaced [1,1]\n");
+}
+
+/// The region "e" at 1 comes to nothing and leaves no node, yet the sequence has passed it. Going on behind
+/// line one, the replay sees "b" at index 1 where "e", which is not optional, is due, and stays at the
+/// sequence's start; "c" does not fit there, and the region ends.
+TEST(ReparseLawExceptions, ARegionThatCameToNothingIsMissedByTheReplayOfItsSequence) {
+    const auto syntax = syntaxWithScopes(sequence(region("e", "(?=b)", "", following(single("zz", "zz"))) +
+                                                  single("b", "b") + single("c", "c") + single("d", "d")));
+    EXPECT_EQ(freshTree(syntax, u"(b\nc\ndx"), "Root test.root -\n"
+                                               "  StartEnd r [0,1] end[6,0]\n"
+                                               "    Match b [1,1]\n"
+                                               "    Newline test.newline [2,1]\n"
+                                               "    Match c [3,1]\n"
+                                               "    Newline test.newline [4,1]\n"
+                                               "    Match d [5,1]\n"
+                                               "  Unknown test.unknown [6,1]\n");
+    EXPECT_EQ(editedTree(syntax, u"(b\nc\nd", {6, 0}, u"x"), "Root test.root -\n"
+                                                             "  StartEnd r [0,1] end[3,0]\n"
+                                                             "    Match b [1,1]\n"
+                                                             "    Newline test.newline [2,1]\n"
+                                                             "  Unknown test.unknown [3,1]\n"
+                                                             "  Newline test.newline [4,1]\n"
+                                                             "  Unknown test.unknown [5,2]\n");
+    EXPECT_NE(excuseOfTree(*parseOfText(syntax, u"(b\nc\ndx")), "");
+}
+
+/// Behind a line that is too long and ends the text in a sequence stands a line ending without a place. From
+/// it a fresh parse takes it that the region covers its start alone, and goes over the same text again; an
+/// edit further down finds the region's start settled and goes on inside.
+TEST(ReparseLawExceptions, ALineEndingWithoutAPlaceTellsNoPlace) {
+    const auto syntax = syntaxWithScopes(sequence(single("b", "b")));
+    EXPECT_EQ(freshTree(syntax, u"(\n\n\nlongest", 4), "Root test.root -\n"
+                                                       "  StartEnd r [0,1] end[1,0]\n"
+                                                       "    Newline test.newline [1,1]\n"
+                                                       "    Newline test.newline [2,1]\n"
+                                                       "    Newline test.newline [3,1]\n"
+                                                       "    Unknown test.unknown [4,7]\n"
+                                                       "    Newline test.newline -\n"
+                                                       "  Newline test.newline [1,1]\n"
+                                                       "  Newline test.newline [2,1]\n"
+                                                       "  Newline test.newline [3,1]\n"
+                                                       "  Unknown test.unknown [4,7]\n");
+    EXPECT_EQ(editedTree(syntax, u"(\n\n\nb", {4, 1}, u"longest", 4), "Root test.root -\n"
+                                                                      "  StartEnd r [0,1] end[11,0]\n"
+                                                                      "    Newline test.newline [1,1]\n"
+                                                                      "    Newline test.newline [2,1]\n"
+                                                                      "    Newline test.newline [3,1]\n"
+                                                                      "    Unknown test.unknown [4,7]\n"
+                                                                      "    Newline test.newline -\n");
+    EXPECT_NE(excuseOfTree(*parseOfText(syntax, u"(\n\n\nlongest", 4)), "");
+}
