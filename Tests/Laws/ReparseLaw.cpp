@@ -220,8 +220,6 @@ std::string excuseOfMatch(const QVScopeMatch &match) {
                                                    canLoseRegion(sequenceOf(match), known))
         return "a region of a sequence can have come to nothing";
     for (const QVScopeMatch *const child : match.submatches()) {
-        if (child->range().location == NSNotFound)
-            return "a line that is too long ends the text in a sequence";
         if (std::string excuse = excuseOfMatch(*child); !excuse.empty())
             return excuse;
     }
@@ -391,7 +389,9 @@ std::string ReparseLaw::problemOfEdit(const Edit &edit) {
     if (wasEmpty && _answer != NSRange{0, _text.size()})
         return "the first parse answers another range than the whole text";
     const auto fresh = freshParse();
-    if (!wasEmpty && !_text.empty() && _answer.location != firstLocation(edit))
+    // Some trees are always parsed as a whole.
+    const bool isWhole = _answer == NSRange{0, _text.size()};
+    if (!isWhole && _answer.location != firstLocation(edit))
         return "the answered range does not start at the line before the edit";
     problem = problemOfTree(*fresh);
     const NSUInteger uncovered = firstUncoveredDifference(before, paintedTree(*_parse), edit, _answer);
@@ -403,7 +403,7 @@ std::string ReparseLaw::problemOfEdit(const Edit &edit) {
         excuse = excuseOfTree(*fresh);
     // Neither a unit before the first location nor one of the line behind it has changed.
     if (const std::vector<std::uint64_t> after = paintedTree(*fresh);
-        excuse.empty() && !wasEmpty &&
+        excuse.empty() && !isWhole &&
         !std::equal(after.begin(), after.begin() + static_cast<std::ptrdiff_t>(_answer.location),
                     before.begin()))
         excuse = "a pattern looks over lines";

@@ -32,12 +32,9 @@ NSUInteger firstUncoveredDifference(const std::vector<std::uint64_t> &before,
                                     NSRange answer);
 
 /// Why the rules themselves excuse a difference between an edited tree and this fresh one; empty where
-/// nothing does. Each case is told and proved by a test of its name in ReparseLawExceptionsTests.cpp.
-///
-/// What remains of a region that came to nothing in a sequence is nothing: its matches don't say any more how
-/// far the sequence is, so that going on in its midst begins the sequence anew. And a line that is too long
-/// and ends the text in a sequence is followed by a line ending without a place, behind which no place can be
-/// told.
+/// nothing does. Of a region that came to nothing in a sequence nothing is left: its matches don't say any
+/// more how far the sequence is, so that going on in its midst takes another place in it. It takes a sequence
+/// over several lines with a region whose start can be empty.
 std::string excuseOfTree(const QVParse &fresh);
 
 /// Random edits of a text, the same for a seed on every machine: letters, line ends and halves of them,

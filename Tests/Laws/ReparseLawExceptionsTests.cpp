@@ -12,14 +12,13 @@ using namespace quorvane::test;
 
 namespace {
 
-std::string freshTree(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text,
-                      NSUInteger maximumLineLength = 0) {
-    return QVMatchTreeText(*parseOfText(syntax, text, maximumLineLength));
+std::string freshTree(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text) {
+    return QVMatchTreeText(*parseOfText(syntax, text));
 }
 
 std::string editedTree(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text, NSRange range,
-                       std::u16string_view replacement, NSUInteger maximumLineLength = 0) {
-    const auto parse = parseOfText(syntax, text, maximumLineLength);
+                       std::u16string_view replacement) {
+    const auto parse = parseOfText(syntax, text);
     parse->performWritingBlockAndWait([&] { parse->replaceCharactersInRange(range, replacement, nullptr); });
     return QVMatchTreeText(*parse);
 }
@@ -94,30 +93,4 @@ TEST(ReparseLawExceptions, ARegionThatCameToNothingIsMissedByTheReplayOfItsSeque
                                                              "  Newline test.newline [4,1]\n"
                                                              "  Unknown test.unknown [5,2]\n");
     EXPECT_NE(excuseOfTree(*parseOfText(syntax, u"(b\nc\ndx")), "");
-}
-
-/// Behind a line that is too long and ends the text in a sequence stands a line ending without a place. From
-/// it a fresh parse takes it that the region covers its start alone, and goes over the same text again; an
-/// edit further down finds the region's start settled and goes on inside.
-TEST(ReparseLawExceptions, ALineEndingWithoutAPlaceTellsNoPlace) {
-    const auto syntax = syntaxWithScopes(sequence(single("b", "b")));
-    EXPECT_EQ(freshTree(syntax, u"(\n\n\nlongest", 4), "Root test.root -\n"
-                                                       "  StartEnd r [0,1] end[1,0]\n"
-                                                       "    Newline test.newline [1,1]\n"
-                                                       "    Newline test.newline [2,1]\n"
-                                                       "    Newline test.newline [3,1]\n"
-                                                       "    Unknown test.unknown [4,7]\n"
-                                                       "    Newline test.newline -\n"
-                                                       "  Newline test.newline [1,1]\n"
-                                                       "  Newline test.newline [2,1]\n"
-                                                       "  Newline test.newline [3,1]\n"
-                                                       "  Unknown test.unknown [4,7]\n");
-    EXPECT_EQ(editedTree(syntax, u"(\n\n\nb", {4, 1}, u"longest", 4), "Root test.root -\n"
-                                                                      "  StartEnd r [0,1] end[11,0]\n"
-                                                                      "    Newline test.newline [1,1]\n"
-                                                                      "    Newline test.newline [2,1]\n"
-                                                                      "    Newline test.newline [3,1]\n"
-                                                                      "    Unknown test.unknown [4,7]\n"
-                                                                      "    Newline test.newline -\n");
-    EXPECT_NE(excuseOfTree(*parseOfText(syntax, u"(\n\n\nlongest", 4)), "");
 }

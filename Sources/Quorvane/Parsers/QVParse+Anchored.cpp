@@ -194,8 +194,10 @@ void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatch
             intoTree.push_back(newMatch(_unknownScope.get(), {line.start, line.length()}));
             // Also without a line ending: then the match has no place.
             intoTree.push_back(newMatch(_newlineScope.get(), line.newline));
-            if (!line.hasNewline())
+            if (!line.hasNewline()) {
+                _pass->hasMatchWithoutPlace = true;
                 return;
+            }
             location = NSMaxRange(line.newline);
             continue;
         }

@@ -57,22 +57,21 @@ NSRange QVParse::replaceCharactersInRange(NSRange range, std::u16string_view wit
         clearAllMatches();
         return {0, 0};
     }
-    if (_rootMatch->submatches().isEmpty())
+    if (_rootMatch->submatches().isEmpty() || _pass->hasMatchWithoutPlace)
         return parseWholeText();
     QVReparse reparse(*this, range, editLength);
-    switch (reparse.run()) {
-    case QVReparse::Outcome::Finished:
-        return reparse.result();
-    case QVReparse::Outcome::Cancelled:
+    const QVReparse::Outcome outcome = reparse.run();
+    if (outcome == QVReparse::Outcome::Cancelled)
         return NSNotFoundRange;
-    default:
-        _pass->emptyRegions.clear();
-        return parseWholeText();
-    }
+    if (outcome == QVReparse::Outcome::Finished && !_pass->hasMatchWithoutPlace)
+        return reparse.result();
+    return parseWholeText();
 }
 
 NSRange QVParse::parseWholeText() {
     clearAllMatches();
+    _pass->emptyRegions.clear();
+    _pass->hasMatchWithoutPlace = false;
     const NSUInteger length = _text->length();
     auto tree = std::make_unique<QVScopeMatchArray>();
     parseRecursivelyStartingWithinMatch(_rootMatch.get(), *tree, {0, length}, 0);

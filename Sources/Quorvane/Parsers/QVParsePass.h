@@ -139,6 +139,10 @@ struct QVParsePass {
     /// comes to nothing itself.
     std::set<std::pair<const QVScope *, NSUInteger>> emptyRegions;
 
+    /// The tree has a line ending without a place, behind a line that is too long and ends the text in a
+    /// sequence. What follows it stands in no order that an edit could find its way by.
+    bool hasMatchWithoutPlace = false;
+
     /// Grammars that the tree has nodes of.
     std::vector<std::shared_ptr<QVGrammar>> pinnedGrammars;
     std::unordered_set<const QVScope *> scopesWithLoggedErrors;

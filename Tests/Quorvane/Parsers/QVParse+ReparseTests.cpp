@@ -271,11 +271,24 @@ TEST_F(Reparse, AnchoredRegionsAroundAStaleEndEndWhereTheTextWasParsedTo) {
     EXPECT_EQ(tree(), freshTree());
 }
 
-TEST_F(Reparse, ALineThatIsTooLongInASequenceHurtsNobody) {
-    start(sequence(single("a", "a", repeating)) + words, u"(a\na\na");
+/// Behind the long line stands a line ending without a place, and what follows overlaps the region: edits
+/// lost their way in such a tree.
+TEST_F(Reparse, WhileALineThatIsTooLongEndsTheTextInASequenceAllIsParsed) {
+    start(sequence(single("a", "a", repeating)) + words, u"(a\na\na\na");
     parse->setMaximumLineLength(4);
-    edit({5, 0}, u"longer than that");
-    EXPECT_EQ(edit({5, 0}, u"a").location, 3u);
+    EXPECT_EQ(edit({3, 0}, u"a"), (NSRange{0, 9}));
+    NSRange answer = edit({7, 2}, u"\na\na\nlonger than that");
+    EXPECT_EQ(answer, (NSRange{0, parse->string().size()}));
+    const auto tellTree = [&] { return QVMatchTreeText(*parseOfText(parse->syntax(), parse->string(), 4)); };
+    EXPECT_EQ(tree(), tellTree());
+    EXPECT_EQ(edit({6, 1}, u"a").location, 0u);
+    answer = edit({8, 0}, u"x");
+    EXPECT_EQ(answer, (NSRange{0, parse->string().size()}));
+    EXPECT_EQ(tree(), tellTree());
+    // With the line's end the region is like any other again.
+    edit({parse->string().size(), 0}, u"\n");
+    EXPECT_GT(edit({parse->string().size(), 0}, u"b").location, 0u);
+    EXPECT_EQ(tree(), tellTree());
 }
 
 // Cancelling and failing
