@@ -25,8 +25,9 @@ NSRange QVMatch::endRange() const {
 }
 
 NSRange QVMatch::fullRange() const {
+    const NSRange start = range();
     const NSRange end = endRange();
-    return end.location == NSNotFound ? _range : NSRange{_range.location, NSMaxRange(end) - _range.location};
+    return end.location == NSNotFound ? start : NSRange{start.location, NSMaxRange(end) - start.location};
 }
 
 NSString QVMatch::lexicalClass() const {
@@ -148,8 +149,8 @@ NSString QVMatch::description() const {
     const NSString parent = _parentMatch ? _parentMatch->scope()->name() : NSString();
     if (match && match->scope()->type() == QVScopeTypeStartEnd)
         return NSString::stringWithFormat(u"<%@: %p : %@, range=%@, parent=%@, endRange=%@>", className, self,
-                                          name, _range, parent, match->endRange());
-    return NSString::stringWithFormat(u"<%@: %p : %@, range=%@, parent=%@>", className, self, name, _range,
+                                          name, range(), parent, match->endRange());
+    return NSString::stringWithFormat(u"<%@: %p : %@, range=%@, parent=%@>", className, self, name, range(),
                                       parent);
 }
 

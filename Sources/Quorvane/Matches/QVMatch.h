@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/NSString.h"
+#include "Quorvane/Matches/QVPositionChunk.h"
 #include "Quorvane/Selectors/QVSelectable.h"
 
 #include <boost/smart_ptr/intrusive_ptr.hpp>
@@ -26,16 +27,19 @@ using QVCaptureMatchArray = std::vector<boost::intrusive_ptr<QVCaptureMatch>>;
 /// alone, the count is not atomic), comes from the pool of its parse, and its links are plain pointers.
 /// Ownership runs downward only. Match trees have no locks: who reads or writes holds the access of their
 /// parse, and readers keep no pointer past it.
+///
+/// Places are stored less what their neighbourhood was moved by (`QVPositionChunk`), and always answered as
+/// places in the text.
 class QV_EXPORT QVMatch : public QVSelectable {
 public:
     /// `{NSNotFound, 0}` after construction, and for nodes without a place.
-    NSRange range() const { return _range; }
-    void setRange(NSRange range) { _range = range; }
+    NSRange range() const { return _positionChunk->placeOfStored(_range); }
+    void setRange(NSRange range) { _range = _positionChunk->storedOfPlace(range); }
     /// A null receiver gives a zero range.
-    static inline NSRange directRange(const QVMatch *match) { return match ? match->_range : NSRange{0, 0}; }
+    static inline NSRange directRange(const QVMatch *match) { return match ? match->range() : NSRange{0, 0}; }
     static inline void setDirectRange(QVMatch *match, NSRange range) {
         if (match)
-            match->_range = range;
+            match->setRange(range);
     }
     /// Where a region's end stands; `{NSNotFound, 0}` where there is none.
     NSRange endRange() const;
@@ -132,11 +136,23 @@ public:
             destroy(this);
     }
 
+    // For the tree's positions alone: the chunk that the place is stored in, and a change of it together with
+    // what is stored.
+    QVPositionChunk *positionChunk() const { return _positionChunk; }
+    void moveStoredPlace(QVPositionChunk *toChunk, NSUInteger byDifference) {
+        if (_range.location != NSNotFound)
+            _range.location += byDifference;
+        _positionChunk = toChunk;
+    }
+
 protected:
     explicit QVMatch(bool isScopeMatch) : _isScopeMatch(isScopeMatch) {}
     ~QVMatch() = default;
 
+    /// As stored: see `_positionChunk`.
     NSRange _range = NSNotFoundRange;
+    /// A capture's is that of the place it belongs to.
+    QVPositionChunk *_positionChunk = &QVPositionChunk::absolute;
     QVScopeMatch *_parentMatch = nullptr;
     QVMatch *_nextSibling = nullptr;
     QVMatch *_previousSibling = nullptr;

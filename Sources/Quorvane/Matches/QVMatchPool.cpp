@@ -1,5 +1,6 @@
 #include "Quorvane/Matches/QVMatchPool.h"
 
+#include "Quorvane/Matches/QVMatchPositions.h"
 #include "Quorvane/RegularExpressions/QVRegularExpressionResult.h"
 
 #include <cstdint>
@@ -29,6 +30,14 @@ struct QVMatchPool::Slab {
     QVMatchPool *pool;
     Slab *next;
 };
+
+QVMatchPool::QVMatchPool(bool shared) : _shared(shared) {}
+
+QVMatchPositions &QVMatchPool::positions() {
+    if (!_positions)
+        _positions = std::make_unique<QVMatchPositions>();
+    return *_positions;
+}
 
 void QVMatchPool::Abandon::operator()(QVMatchPool *pool) const {
     pool->_abandoned = true;

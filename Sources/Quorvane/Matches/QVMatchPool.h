@@ -10,6 +10,7 @@
 
 namespace quorvane {
 
+class QVMatchPositions;
 class QVRegularExpressionResult;
 class QVScopeMatch;
 class QVSyntax;
@@ -44,6 +45,10 @@ public:
     /// The largest piece that can be asked for, in bytes.
     static constexpr std::size_t largestPiece = 128;
 
+    /// Where the positions of the pool's one tree are kept, made when first asked for. They live as long as
+    /// the pool, since matches point to them. Not for the shared pool, which has many trees.
+    QVMatchPositions &positions();
+
     void *allocate(std::size_t size);
     void deallocate(void *piece, std::size_t size);
 
@@ -68,7 +73,7 @@ private:
     static constexpr std::size_t slabBytes = 64 << 10;
     static constexpr std::size_t granule = 8;
 
-    explicit QVMatchPool(bool shared) : _shared(shared) {}
+    explicit QVMatchPool(bool shared);
     ~QVMatchPool();
     void addSlab();
     std::unique_lock<std::mutex> guard() const {
@@ -84,6 +89,7 @@ private:
     char *_end = nullptr;
     std::array<FreePiece *, largestPiece / granule + 1> _free{};
     std::unordered_map<const QVScopeMatch *, Association> _associations;
+    std::unique_ptr<QVMatchPositions> _positions;
     mutable std::mutex _mutex;
 };
 

@@ -4,28 +4,22 @@
 #include "Platform/Foundation/NSException.h"
 #include "Platform/Foundation/NSIndexSet.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
+#include "Quorvane/Matches/QVMatchPositions.h"
 #include "Quorvane/RegularExpressions/QVRegularExpressionResult.h"
 #include "Quorvane/Scopes/QVScope.h"
 
 namespace quorvane {
 
 // A plain match is one piece of memory, whatever the language; the records' sizes are what their fields need.
-static_assert(sizeof(QVScopeMatch) <= 72);
+static_assert(sizeof(QVScopeMatch) <= 80);
 static_assert(sizeof(QVScopeMatchStorage) == 8);
-static_assert(sizeof(QVScopeMatchRegionStorage) == 56);
-static_assert(sizeof(QVScopeMatchSymbolStorage) == 64);
+static_assert(sizeof(QVScopeMatchRegionStorage) == 64);
+static_assert(sizeof(QVScopeMatchSymbolStorage) == 72);
 
 namespace {
 
 constexpr const char16_t *noSubmatches =
     u"Attempt to modify submatches on a match that does not support them.";
-
-void detachCaptures(const QVCaptureMatchArray *captures) {
-    if (captures == nullptr)
-        return;
-    for (const auto &capture : *captures)
-        capture->setParentMatch(nullptr);
-}
 
 } // namespace
 
@@ -62,14 +56,44 @@ QVScopeMatch::QVScopeMatch(const QVScope *scope, QVMatchPool &pool) : QVMatch(tr
         _storage = new (pool.allocate(sizeof(QVScopeMatchStorage))) QVScopeMatchStorage;
 }
 
+/// Stores captures' places as those of another chunk.
+void QVScopeMatch::moveCaptures(const QVCaptureMatchArray *captures, QVPositionChunk *chunk) {
+    if (captures == nullptr)
+        return;
+    for (const auto &capture : *captures) {
+        capture->moveStoredPlace(chunk, capture->positionChunk()->shift() - chunk->shift());
+    }
+}
+
+void QVScopeMatch::abandonCaptures(const QVCaptureMatchArray *captures) {
+    if (captures == nullptr)
+        return;
+    // Some of them may be held by somebody.
+    moveCaptures(captures, &QVPositionChunk::absolute);
+    for (const auto &capture : *captures)
+        capture->setParentMatch(nullptr);
+}
+
 QVScopeMatch::~QVScopeMatch() {
     if (_hasAssociation)
         QVMatchPool::poolOf(this).removeAssociationForMatch(this);
-    if (_storage == nullptr)
-        return;
-    detachCaptures(_storage->captureMatches.get());
-    if (_hasSymbol || _hasSubmatches)
-        detachCaptures(regionStorage()->endCaptureMatches.get());
+    const bool hasPositions = _positionChunk != &QVPositionChunk::absolute;
+    if (hasPositions && _skipForBumping)
+        QVMatchPositions::positionsOf(this)->noteMark(this, false);
+    if (_storage != nullptr) {
+        abandonCaptures(_storage->captureMatches.get());
+        if (_hasSubmatches) {
+            abandonCaptures(regionStorage()->endCaptureMatches.get());
+            releaseSubmatches();
+            QVMatchPositions::forgetPlace(regionStorage()->endChunk);
+        }
+        destroyStorage();
+    }
+    if (hasPositions)
+        QVMatchPositions::forgetPlace(_positionChunk);
+}
+
+void QVScopeMatch::destroyStorage() {
     const std::size_t bytes = storageBytes(_hasCaptures, _hasSubmatches, _hasSymbol);
     if (_hasSymbol)
         symbolStorage()->~QVScopeMatchSymbolStorage();
@@ -88,27 +112,49 @@ void QVScopeMatch::setDirectEndRange(QVScopeMatch *match, NSRange endRange) {
     if (!match->_hasSubmatches)
         return;
     QVAssert(endRange.location == NSNotFound || match->_range.location == NSNotFound ||
-                 endRange.location >= NSMaxRange(match->_range),
+                 endRange.location >= NSMaxRange(match->range()),
              u"End range is within or before bounds of start range");
-    match->regionStorage()->endRange = endRange;
+    QVScopeMatchRegionStorage *const storage = match->regionStorage();
+    storage->endRange = storage->endChunk->storedOfPlace(endRange);
+}
+
+void QVScopeMatch::replaceCaptures(std::unique_ptr<QVCaptureMatchArray> &captures,
+                                   std::unique_ptr<QVCaptureMatchArray> by, QVPositionChunk *chunk) {
+    if (chunk != &QVPositionChunk::absolute) {
+        moveCaptures(captures.get(), &QVPositionChunk::absolute);
+        moveCaptures(by.get(), chunk);
+    }
+    captures = std::move(by);
+}
+
+void QVScopeMatch::setSkipForBumping(bool skip) {
+    if (_skipForBumping == skip)
+        return;
+    _skipForBumping = skip;
+    if (QVMatchPositions *const positions = QVMatchPositions::positionsOf(this))
+        positions->noteMark(this, skip);
 }
 
 void QVScopeMatch::setCaptureMatches(std::unique_ptr<QVCaptureMatchArray> captureMatches) {
     QVAssert(!captureMatches || _hasCaptures,
              u"Attempt to modify capture matches on a match that does not support them.");
     if (_storage != nullptr && (_hasCaptures || !captureMatches))
-        _storage->captureMatches = std::move(captureMatches);
+        replaceCaptures(_storage->captureMatches, std::move(captureMatches), _positionChunk);
 }
 
 void QVScopeMatch::setEndCaptureMatches(std::unique_ptr<QVCaptureMatchArray> captureMatches) {
     QVAssert(!captureMatches || _hasSubmatches,
              u"Attempt to modify end capture matches on a match that does not support them.");
     if (_hasSubmatches)
-        regionStorage()->endCaptureMatches = std::move(captureMatches);
+        replaceCaptures(regionStorage()->endCaptureMatches, std::move(captureMatches),
+                        regionStorage()->endChunk);
 }
 
 std::unique_ptr<QVCaptureMatchArray> QVScopeMatch::takeCaptureMatches() {
-    return _storage ? std::move(_storage->captureMatches) : nullptr;
+    if (_storage == nullptr)
+        return nullptr;
+    moveCaptures(_storage->captureMatches.get(), &QVPositionChunk::absolute);
+    return std::move(_storage->captureMatches);
 }
 
 void QVScopeMatch::setSymbol(QVParseSymbol *symbol) {
@@ -146,11 +192,12 @@ NSUInteger QVScopeMatch::indexOfSubmatch(const QVScopeMatch *match) const {
         return NSNotFound;
     const QVSubmatches children = submatches();
     const NSUInteger count = children.count();
+    const NSUInteger location = match->range().location;
     NSUInteger low = 0;
     NSUInteger high = count;
     while (low < high) {
         const NSUInteger middle = low + (high - low) / 2;
-        if (children[middle]->_range.location < match->_range.location)
+        if (children[middle]->range().location < location)
             low = middle + 1;
         else
             high = middle;
@@ -166,6 +213,18 @@ NSUInteger QVScopeMatch::indexOfSubmatch(const QVScopeMatch *match) const {
             return before;
     }
     return NSNotFound;
+}
+
+/// What somebody else holds lives on, with places of its own.
+void QVScopeMatch::releaseSubmatches() {
+    QVSubmatchStore &submatches = regionStorage()->submatches;
+    if (submatchPositions() != nullptr)
+        submatches.releaseEach([](QVScopeMatchReference &submatch) {
+            if (submatch->_retainCount > 1 && submatch->_positionChunk != &QVPositionChunk::absolute)
+                QVMatchPositions::detachSurvivor(submatch.get());
+            submatch.reset();
+        });
+    submatches.reset();
 }
 
 void QVScopeMatch::setSubmatches(std::unique_ptr<QVScopeMatchArray> submatches) {
@@ -186,7 +245,10 @@ void QVScopeMatch::setSubmatches(std::unique_ptr<QVScopeMatchArray> submatches) 
     }
     storage->firstChild = previous == nullptr ? nullptr : submatches->front().get();
     storage->lastChild = previous;
+    releaseSubmatches();
     storage->submatches.assign(std::move(submatches));
+    if (QVMatchPositions *const positions = submatchPositions(); positions != nullptr && previous != nullptr)
+        positions->attach(storage->firstChild, previous);
 }
 
 void QVScopeMatch::insertRun(const QVScopeMatchReference *first, NSUInteger count, NSUInteger atIndex) {
@@ -216,12 +278,14 @@ void QVScopeMatch::insertRun(const QVScopeMatchReference *first, NSUInteger coun
     if (before == nullptr)
         storage->firstChild = first->get();
     storage->submatches.insert(index, first, count);
+    if (QVMatchPositions *const positions = submatchPositions())
+        positions->attach(first->get(), first[count - 1].get());
 }
 
 void QVScopeMatch::insertSubmatch(QVScopeMatchReference submatch, NSUInteger atIndex) {
     if (!canChangeSubmatches())
         return;
-    QVAssert(_range.location == NSNotFound || submatch->_range.location >= _range.location,
+    QVAssert(_range.location == NSNotFound || submatch->range().location >= range().location,
              u"Attempt to insert a submatch that precedes the parent");
     insertRun(&submatch, 1, atIndex);
 }
@@ -266,6 +330,8 @@ void QVScopeMatch::removeRuns(const std::vector<NSRange> &runs) {
 void QVScopeMatch::takeRun(NSRange run, QVScopeMatchArray &into) {
     QVScopeMatchRegionStorage *const storage = regionStorage();
     const std::size_t first = into.size();
+    if (QVMatchPositions *const positions = submatchPositions())
+        positions->detach(storage->submatches[run.location], storage->submatches[NSMaxRange(run) - 1]);
     storage->submatches.take(run, into);
     QVMatch *const before = run.location == 0 ? nullptr : into[first]->_previousSibling;
     QVMatch *const behind = run.location == storage->submatches.count() ? nullptr : into.back()->_nextSibling;

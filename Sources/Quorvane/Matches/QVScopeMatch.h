@@ -15,7 +15,9 @@ struct QVScopeMatchStorage {
     std::unique_ptr<QVCaptureMatchArray> captureMatches;
 };
 struct QVScopeMatchRegionStorage : QVScopeMatchStorage {
+    /// As stored in its own chunk, for an end stands far from its start.
     NSRange endRange = NSNotFoundRange;
+    QVPositionChunk *endChunk = &QVPositionChunk::absolute;
     QVSubmatchStore submatches;
     QVScopeMatch *firstChild = nullptr;
     QVScopeMatch *lastChild = nullptr;
@@ -43,7 +45,10 @@ public:
 
     /// `{NSNotFound, 0}` where there is none, always so for matches that are no containers.
     static inline NSRange directEndRange(const QVScopeMatch *match) {
-        return match && match->_hasSubmatches ? match->regionStorage()->endRange : NSNotFoundRange;
+        if (match == nullptr || !match->_hasSubmatches)
+            return NSNotFoundRange;
+        const QVScopeMatchRegionStorage *const storage = match->regionStorage();
+        return storage->endChunk->placeOfStored(storage->endRange);
     }
     NSRange endRange() const { return directEndRange(this); }
     /// Asserts that the match is a container and that the end does not lie before the range's end.
@@ -53,7 +58,7 @@ public:
     void setStart(bool start) { _start = start; }
     void setEnd(bool end) { _end = end; }
     bool skipForBumping() const { return _skipForBumping; }
-    void setSkipForBumping(bool skip) { _skipForBumping = skip; }
+    void setSkipForBumping(bool skip);
     bool isInserted() const { return _inserted; }
     void setInserted(bool inserted) { _inserted = inserted; }
     /// The place in the enclosing anchored sequence at which this match was made, else `NSNotFound`.
@@ -126,6 +131,7 @@ public:
 
 private:
     friend class QVMatch;
+    friend class QVMatchPositions;
 
     explicit QVScopeMatch(const QVScope *scope, QVMatchPool &pool);
     ~QVScopeMatch();
@@ -138,6 +144,14 @@ private:
         return static_cast<QVScopeMatchSymbolStorage *>(_storage);
     }
     bool canChangeSubmatches() const;
+    /// The positions that its children are in; null where they are absolute.
+    QVMatchPositions *submatchPositions() const { return regionStorage()->endChunk->group->positions; }
+    void releaseSubmatches();
+    void destroyStorage();
+    static void moveCaptures(const QVCaptureMatchArray *captures, QVPositionChunk *chunk);
+    static void abandonCaptures(const QVCaptureMatchArray *captures);
+    static void replaceCaptures(std::unique_ptr<QVCaptureMatchArray> &captures,
+                                std::unique_ptr<QVCaptureMatchArray> by, QVPositionChunk *chunk);
     void insertRun(const QVScopeMatchReference *first, NSUInteger count, NSUInteger atIndex);
     void removeRuns(const std::vector<NSRange> &runs);
     void takeRun(NSRange run, QVScopeMatchArray &into);

@@ -36,6 +36,11 @@ public:
     void insert(NSUInteger index, const QVScopeMatchReference *first, NSUInteger count);
     /// Moves the children of a range out, behind what `into` has.
     void take(NSRange range, QVScopeMatchArray &into);
+    template <typename Release> void releaseEach(Release release) {
+        for (QVScopeMatchArray &chunk : _chunks)
+            for (QVScopeMatchReference &match : chunk)
+                release(match);
+    }
     /// What is wrong with the pieces; null where nothing is.
     const char *problem() const;
 
@@ -70,6 +75,15 @@ public:
     QVScopeMatch *operator[](NSUInteger index) const;
 
     void reset();
+    /// Calls `release` with each reference in order, which may let it go; nothing else may be asked then
+    /// before `reset`.
+    template <typename Release> void releaseEach(Release release) {
+        if (QVSubmatchChunks *const pieces = chunks())
+            pieces->releaseEach(release);
+        else if (QVScopeMatchArray *const matches = array())
+            for (QVScopeMatchReference &match : *matches)
+                release(match);
+    }
     /// Null gives a store without children.
     void assign(std::unique_ptr<QVScopeMatchArray> submatches);
     void insert(NSUInteger index, const QVScopeMatchReference *first, NSUInteger count);

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/NSAssertionHandler.h"
 #include "Platform/Foundation/NSException.h"
 #include "Platform/Foundation/NSLog.h"
+#include "Quorvane/Matches/QVMatchPositions.h"
 #include "Quorvane/Packages/QVLoadable.h"
 #include "Quorvane/Parsers/QVAttributeCache.h"
 #include "Quorvane/Parsers/QVParseDelegate.h"
@@ -78,6 +79,7 @@ QVParse::QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity,
     _whitespaceScope = synthetic(QVScopeTypeWhitespace, u"%@.whitespace");
     _newlineScope = synthetic(QVScopeTypeNewline, u"%@.newline");
     _rootMatch = QVScopeMatch::initWithScope(_rootScope.get(), *_matchPool);
+    _matchPool->positions().setRoot(_rootMatch.get());
 }
 
 QVParse::~QVParse() = default;

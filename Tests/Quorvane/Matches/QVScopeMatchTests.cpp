@@ -100,11 +100,11 @@ TEST(QVScopeMatch, EachOfThreeRecordsHasTheSizeOfItsFields) {
     // A pointer; that, a range and four pointers; that and one more.
     EXPECT_EQ(QVScopeMatch::bytesForScope(withCaptures.get()), node + 8);
     EXPECT_EQ(QVScopeMatch::bytesForScope(withEndCaptures.get()), node + 8);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeStartEnd).get()), node + 56);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(regionWithCaptures.get()), node + 56);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeRoot).get()), node + 56);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeMatch, u"comment").get()), node + 64);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeStartEnd, u"comment").get()), node + 64);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeStartEnd).get()), node + 64);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(regionWithCaptures.get()), node + 64);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeRoot).get()), node + 64);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeMatch, u"comment").get()), node + 72);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeStartEnd, u"comment").get()), node + 72);
 }
 
 TEST(QVScopeMatch, ARecordIsOneMorePiece) {
