@@ -345,9 +345,21 @@ void QVMatchPositions::shiftBehindMatch(const QVScopeMatch *match, NSInteger del
         std::size_t index = 0;
         eachCapture(marked.match, [&](QVMatch &capture) { capture.setRange(marked.captures[index++]); });
     }
+    verify();
 }
 
 // Checking
+
+/// Each edit comes by here once. The check walks the tree, so large ones are spared it.
+void QVMatchPositions::verify() const {
+#if defined(QUORVANE_VERIFY)
+    if (chunkCount() > 150)
+        return;
+    const char *const found = problem();
+    QVAssert(found == nullptr, u"The places of a tree are out of order: %@",
+             NSString::stringWithUTF8String(found));
+#endif
+}
 
 const char *QVMatchPositions::problem() const {
     if (_root == nullptr)

@@ -23,8 +23,14 @@ class QVMatchPositions {
 public:
     /// Places of a chunk that is made anew, and chunks of a group: twice as many are cut in two, neighbours
     /// that have no more together are joined.
+#if defined(QUORVANE_VERIFY)
+    // Small, so that short texts have many.
+    static constexpr std::uint32_t usualChunkSize = 6;
+    static constexpr std::uint32_t usualGroupSize = 4;
+#else
     static constexpr std::uint32_t usualChunkSize = 64;
     static constexpr std::uint32_t usualGroupSize = 256;
+#endif
 
     explicit QVMatchPositions(std::uint32_t chunkSize = usualChunkSize,
                               std::uint32_t groupSize = usualGroupSize);
@@ -77,6 +83,7 @@ private:
     static Item lastItem(QVScopeMatch *match);
     static QVPositionChunk *chunkOf(Item item);
     static void move(Item item, QVPositionChunk *chunk, NSUInteger difference);
+    void verify() const;
     void detachItems(QVScopeMatch *first, QVScopeMatch *last);
 
     const std::uint32_t _chunkSize;

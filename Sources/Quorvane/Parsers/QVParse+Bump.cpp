@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/NSAssertionHandler.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
+#include "Quorvane/Matches/QVMatchPositions.h"
 #include "Quorvane/Parsers/QVParse.h"
 
 namespace quorvane {
@@ -43,18 +44,31 @@ void bumpMatch(QVScopeMatch *match, NSInteger delta) {
     bumpCaptures(match->captureMatches(), delta);
 }
 
+/// Places follow each other, so the first that is to move is the lowest.
+bool canMoveAllFrom(const QVScopeMatch *match, NSInteger delta) {
+    while (match != nullptr && match->skipForBumping())
+        match = QVScopeMatch::directNextMatch(match);
+    return match == nullptr || delta >= 0 || match->range().location >= static_cast<NSUInteger>(-delta);
+}
+
 } // namespace
 
 void QVParse::bumpRangesBy(NSInteger delta, QVScopeMatch *afterMatch) {
     if (delta == 0 || afterMatch == nullptr)
         return;
+    QVMatch *const behind = afterMatch->nextShallowMatch();
+    QVMatchPositions *const positions = QVMatchPositions::positionsOf(afterMatch);
+    if (positions != nullptr && canMoveAllFrom(behind ? behind->asScopeMatch() : nullptr, delta)) {
+        positions->shiftBehindMatch(afterMatch, delta);
+        return;
+    }
+    // The plain walk: for trees without positions, and for telling each place that can't be moved.
     // The regions around it end behind it.
     for (QVScopeMatch *ancestor = afterMatch->parentMatch();
          ancestor != nullptr && ancestor->parentMatch() != nullptr; ancestor = ancestor->parentMatch())
         if (!ancestor->skipForBumping())
             bumpEnd(ancestor, delta);
-    QVMatch *const next = afterMatch->nextShallowMatch();
-    for (QVScopeMatch *match = next ? next->asScopeMatch() : nullptr; match != nullptr;
+    for (QVScopeMatch *match = behind ? behind->asScopeMatch() : nullptr; match != nullptr;
          match = QVScopeMatch::directNextMatch(match))
         if (!match->skipForBumping())
             bumpMatch(match, delta);

@@ -5,6 +5,7 @@
 #include "Tests/Quorvane/Matches/MatchFixtures.h"
 
 #include <random>
+#include <thread>
 
 using namespace quorvane;
 using namespace quorvane::test;
@@ -229,6 +230,27 @@ TEST(QVMatchPositions, OfAPoolLiveWithItsTree) {
         kept = root->lastChild();
     }
     EXPECT_EQ(kept->range().location, 1199u);
+}
+
+TEST(QVMatchPositions, AreReadByManyThreadsAtOnce) {
+    QVMatchPositions positions(3, 2);
+    const auto root = QVScopeMatch::initWithScope(rootScope().get());
+    positions.setRoot(root.get());
+    for (NSUInteger index = 0; index < 100; ++index)
+        root->insertSubmatch(leafAt(index), index);
+    positions.shiftBehindMatch(root->submatches()[49], 1000);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread)
+        threads.emplace_back([&] {
+            NSUInteger index = 0;
+            for (const QVScopeMatch *const child : root->submatches()) {
+                EXPECT_EQ(child->range().location, index < 50 ? index : index + 1000);
+                EXPECT_EQ(root->indexOfSubmatch(child), index);
+                ++index;
+            }
+        });
+    for (std::thread &thread : threads)
+        thread.join();
 }
 
 TEST(QVMatchPositions, ChunksAreFilledOneAfterAnotherAndJoinedAsTheyEmpty) {
