@@ -1,6 +1,7 @@
 #include "Platform/AppKit/NSColor.h"
 
 #include "Platform/AppKit/NSAppearance.h"
+#include "Platform/AppKit/NSGraphicsContext.h"
 
 namespace quorvane {
 
@@ -115,6 +116,21 @@ NSString NSColor::catalogName() const { return _catalogued ? NSString(_catalogue
 
 Color NSColor::colorWithAlphaComponent(CGFloat alpha) const {
     return colorWithCGColor(CGColorCreateCopyWithAlpha(CGColor(), alpha));
+}
+
+void NSColor::set() const {
+    setFill();
+    setStroke();
+}
+
+void NSColor::setFill() const {
+    if (const auto current = NSGraphicsContext::currentContext())
+        CGContextSetFillColorWithColor(current->CGContext(), CGColor());
+}
+
+void NSColor::setStroke() const {
+    if (const auto current = NSGraphicsContext::currentContext())
+        CGContextSetStrokeColorWithColor(current->CGContext(), CGColor());
 }
 
 bool NSColor::isEqual(const NSObject *other) const {

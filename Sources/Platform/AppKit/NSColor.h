@@ -43,6 +43,12 @@ public:
     /// With another alpha, fixed; a system colour resolves once for it.
     std::shared_ptr<const NSColor> colorWithAlphaComponent(CGFloat alpha) const;
 
+    /// Becomes the colour that the thread's current context fills and strokes with; nothing without one. A
+    /// system colour resolves now.
+    void set() const;
+    void setFill() const;
+    void setStroke() const;
+
     /// Fixed colours by their `CGColor`; a system colour equals itself alone, whatever it looks like.
     bool isEqual(const NSObject *other) const override;
     std::size_t hash() const override;

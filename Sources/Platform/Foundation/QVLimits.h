@@ -74,4 +74,9 @@ inline constexpr std::size_t themeFileBytes = 4u << 20;
 /// deeply than this never end.
 inline constexpr std::size_t dispatchThreads = 512;
 
+/// Pixels along one side of a bitmap; the drawing library counts them in 16 bits.
+inline constexpr std::size_t bitmapSide = 32767;
+/// Pixels of a bitmap, of four bytes each.
+inline constexpr std::size_t bitmapPixels = 64u << 20;
+
 } // namespace quorvane::limits

@@ -1,6 +1,7 @@
 #include "Quorvane/Styles/QVColor.h"
 
 #include "Platform/Foundation/NSAssertionHandler.h"
+#include "Quorvane/Styles/QVGraphics.h"
 
 namespace quorvane {
 
@@ -133,6 +134,15 @@ bool QVColor::getHueSaturationLuminance(double *hue, double *saturation, double 
     QVColorConvertRGBToHSL(hue, saturation, luminance, red, green, blue);
     return true;
 }
+
+void QVColor::set() const {
+    setFill();
+    setStroke();
+}
+
+void QVColor::setFill() const { CGContextSetFillColorWithColor(QVGraphicsGetCurrentContext(), _CGColor); }
+
+void QVColor::setStroke() const { CGContextSetStrokeColorWithColor(QVGraphicsGetCurrentContext(), _CGColor); }
 
 const std::shared_ptr<const NSColor> &QVColor::platformColor() const {
     std::call_once(_platformColorOnce, [this] { _platformColor = NSColor::colorWithCGColor(_CGColor); });

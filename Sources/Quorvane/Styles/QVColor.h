@@ -70,6 +70,11 @@ public:
     bool getHueSaturationBrightness(double *hue, double *saturation, double *brightness, double *alpha) const;
     bool getHueSaturationLuminance(double *hue, double *saturation, double *luminance, double *alpha) const;
 
+    /// Becomes the colour that the thread's current context fills and strokes with; nothing without one.
+    void set() const;
+    void setFill() const;
+    void setStroke() const;
+
     /// Made on first use and kept.
     const std::shared_ptr<const NSColor> &platformColor() const;
 

@@ -67,7 +67,8 @@ public:
                         NSGradientDrawingOptions options) const;
     /// Around a center, from one angle to the other (radians, from the x axis towards the y axis), as ninety
     /// wedges that overlap a little so that no seams show. An option fills half of what the sweep leaves
-    /// free, before its start or behind its end; here both may be given. Equal angles draw nothing.
+    /// free, before its start or behind its end; here both may be given. The overlap has a fixed width, so
+    /// that without a cap it reaches beyond the end of a narrow sweep. Equal angles draw nothing.
     void drawWithCenter(CGPoint center, double innerRadius, double outerRadius, double startAngle,
                         double endAngle, NSGradientDrawingOptions options) const;
 
