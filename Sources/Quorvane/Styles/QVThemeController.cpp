@@ -74,7 +74,9 @@ void QVThemeController::applyTheme(const QVTheme &theme, const Scopes &onScopes)
     for (const auto &[identifier, package] : QVLoadable::loadedPackages())
         for (const auto &style : package->styles())
             applyStyle(style, onScopes);
-    for (const auto &style : *theme.styles())
+    // Held, for the theme may be given others meanwhile.
+    const auto styles = theme.styles();
+    for (const auto &style : *styles)
         applyStyle(style, onScopes);
 }
 

@@ -32,7 +32,8 @@ using Ids = std::vector<std::string>;
 
 Ids idsOf(const QVStyleList &list) {
     Ids ids;
-    for (const auto &style : *list.styles())
+    const auto styles = list.styles();
+    for (const auto &style : *styles)
         ids.push_back(style->properties().at(u"id").UTF8String());
     return ids;
 }
@@ -271,7 +272,8 @@ TEST(QVThemeControllerConcurrency, ThemesChangeWhileParsesReadStyles) {
                 if (style && style->textColor())
                     wrong += style->textColor()->isEqual(QVStyle::colorWithCSSValue(u"red").get()) !=
                              (style->fontWeight() == 100);
-                for (const auto &each : *language.escape().styles())
+                const auto styles = language.escape().styles();
+                for (const auto &each : *styles)
                     wrong += each->properties().at(u"id").length() != 1;
             }
         });
