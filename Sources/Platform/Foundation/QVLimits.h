@@ -67,8 +67,6 @@ inline constexpr std::size_t cachedObjects = 1024;
 /// Styles of a theme, and the properties of all of them, each counted for each selector that shares it: a file
 /// of a megabyte can otherwise ask for any amount of memory. The largest themes have a few thousand.
 inline constexpr std::size_t themeStylesAndProperties = 1u << 16;
-/// Bytes of a theme's file.
-inline constexpr std::size_t themeFileBytes = 4u << 20;
 
 /// Threads of one pool of workers, those that wait for others included. Tasks that wait for one another more
 /// deeply than this never end.

@@ -22,7 +22,7 @@ std::shared_ptr<QVThemeBuilder> QVThemeBuilder::init() {
 }
 
 std::shared_ptr<QVTheme> QVThemeBuilder::parseFileURL(const NSURL &url, std::shared_ptr<NSError> *error) {
-    const NSString string = QVStringWithContentsOfURL(url, limits::themeFileBytes, nullptr, error);
+    const NSString string = QVStringWithContentsOfURL(url, limits::themeBytes, nullptr, error);
     if (!string)
         return nullptr;
     _fileURL = url;

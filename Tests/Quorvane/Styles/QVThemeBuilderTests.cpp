@@ -199,7 +199,7 @@ TEST(QVThemeBuilder, TakesAsManyStylesAndPropertiesAsAllowed) {
 }
 
 TEST(QVThemeBuilder, AFileThatIsTooLargeGivesAnError) {
-    std::string content(limits::themeFileBytes, ' ');
+    std::string content(limits::themeBytes, ' ');
     const TemporaryFile largest("largest.css", content);
     EXPECT_TRUE(QVTheme::themeWithContentsOfURL(largest.url()));
     const TemporaryFile larger("larger.css", content + ' ');
