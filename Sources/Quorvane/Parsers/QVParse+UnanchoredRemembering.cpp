@@ -135,15 +135,21 @@ QVParse::Level &QVParse::beginLevel(QVScopeMatch *match, const Scopes &scopes, N
     level.cutoffStart = cutoffStart;
     level.scopes = &scopes;
     level.plan = nullptr;
+    gatherEndings(level);
+    return level;
+}
+
+void QVParse::gatherEndings(Level &level) {
+    level.ancestorCount = _pass->subsyntaxAncestors.size();
     level.endings.clear();
     const auto addEnding = [&](const QVScope &cutoff, QVScopeMatch *ancestor) {
         level.endings.push_back({&cutoff, ancestor, nullptr});
     };
+    const QVScope &scope = *level.match->scope();
     if (!level.isRoot)
-        addEnding(scope, match);
+        addEnding(scope, level.match);
     if (!scope.isAtomic())
         forEachCutoff(addEnding);
-    return level;
 }
 
 bool QVParse::canWalkAlongLine(const Level &level, const QVParseLine &line) const {
@@ -206,6 +212,8 @@ QVParse::Step QVParse::matchLineRemembering(Level &level, QVScopeMatchArray &int
                                             const QVParseLine &line, NSUInteger end) {
     const QVSearchContext context{_text->view(), _pass->generation, *_regexMatchContext, _pass->lineWords};
     level.streams.clear();
+    if (level.ancestorCount != _pass->subsyntaxAncestors.size()) [[unlikely]]
+        gatherEndings(level);
     const NSUInteger cutoffStart = level.cutoffStart;
     if (line.contentsEnd > cutoffStart || (line.start == cutoffStart && line.contentsEnd == cutoffStart))
         for (Level::Ending &ending : level.endings) {

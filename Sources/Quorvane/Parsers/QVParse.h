@@ -274,6 +274,7 @@ private:
 
     struct Level;
     Level &beginLevel(QVScopeMatch *match, const Scopes &scopes, NSUInteger cutoffStart);
+    void gatherEndings(Level &level);
     Step matchLineRemembering(Level &level, QVScopeMatchArray &intoTree, const QVParseLine &line,
                               NSUInteger end);
     void startPart(Level &level, bool tabled, const QVParseLine &line, const QVSearchContext &context);

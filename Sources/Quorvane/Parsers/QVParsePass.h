@@ -101,6 +101,9 @@ struct QVParse::Level {
     /// What the region may hold; null until the first line that is not too long asks.
     Plan *plan = nullptr;
     std::vector<Ending> endings;
+    /// How many subsyntaxes were open when the endings were gathered. One more is in force behind a region
+    /// that was refused for its depth.
+    std::size_t ancestorCount = 0;
 
     // For the line at hand.
     std::vector<Stream> streams;
