@@ -13,25 +13,27 @@ namespace quorvane {
 
 namespace {
 
-const NSCharacterSet &lettersAndDigitsAnd(std::u16string_view others) {
-    // Never destroyed: a theme may be read while the process ends.
-    return **new auto(
-        NSCharacterSet::letterCharacterSet()
-            ->characterSetByFormingUnion(*NSCharacterSet::decimalDigitCharacterSet())
-            ->characterSetByFormingUnion(*NSCharacterSet::characterSetWithCharactersInString(others)));
+using CharacterSet = std::shared_ptr<const NSCharacterSet>;
+
+CharacterSet lettersAndDigitsAnd(std::u16string_view others) {
+    return NSCharacterSet::letterCharacterSet()
+        ->characterSetByFormingUnion(*NSCharacterSet::decimalDigitCharacterSet())
+        ->characterSetByFormingUnion(*NSCharacterSet::characterSetWithCharactersInString(others));
 }
+
+// Neither is ever destroyed: a theme may be read while the process ends.
 
 /// White space belongs to it, so that a selector may go on in the next line.
 const NSCharacterSet &selectorCharacterSet() {
-    static const NSCharacterSet &set =
-        **new auto(lettersAndDigitsAnd(u":.,<>-+=[]()")
-                       .characterSetByFormingUnion(*NSCharacterSet::whitespaceAndNewlineCharacterSet()));
-    return set;
+    static const auto *const set = new CharacterSet(
+        lettersAndDigitsAnd(u":.,<>-+=[]()")
+            ->characterSetByFormingUnion(*NSCharacterSet::whitespaceAndNewlineCharacterSet()));
+    return **set;
 }
 
 const NSCharacterSet &propertyNameCharacterSet() {
-    static const NSCharacterSet &set = lettersAndDigitsAnd(u"-");
-    return set;
+    static const auto *const set = new CharacterSet(lettersAndDigitsAnd(u"-"));
+    return **set;
 }
 
 } // namespace
