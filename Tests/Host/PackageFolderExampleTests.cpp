@@ -9,8 +9,6 @@
 
 #include <gmock/gmock.h>
 
-#include <regex>
-
 using namespace quorvane;
 using namespace quorvane::test;
 using testing::ElementsAre;
@@ -23,10 +21,14 @@ namespace {
 std::map<std::string, std::string> filesOfPage() {
     const std::string page = contentsOfFile(QUORVANE_SOURCE_DIR "/Documentation/PackageFolder.md");
     std::map<std::string, std::string> files;
-    const std::regex name("`(Greetings/[^`]+)`:\n\n```[a-z]+\n");
-    for (std::sregex_iterator at(page.begin(), page.end(), name), end; at != end; ++at) {
-        const auto start = static_cast<std::size_t>(at->position() + at->length());
-        files[at->str(1)] = page.substr(start, page.find("```", start) - start);
+    constexpr std::string_view before = "`Greetings/";
+    constexpr std::string_view behind = "`:\n\n```";
+    for (std::size_t at = 0; (at = page.find(before, at)) != std::string::npos; ++at) {
+        const std::size_t end = page.find('`', at + 1);
+        if (page.compare(end, behind.size(), behind) != 0)
+            continue;
+        const std::size_t start = page.find('\n', end + behind.size()) + 1;
+        files[page.substr(at + 1, end - at - 1)] = page.substr(start, page.find("```", start) - start);
     }
     return files;
 }

@@ -315,7 +315,7 @@ TEST(QVLoadableLoading, AGrammarLearnsItsPackageAtItsFirstUse) {
             told = package;
             knewBefore = this->package() != nullptr;
         }
-        std::shared_ptr<QVPackage> told;
+        std::weak_ptr<QVPackage> told;
         bool knewBefore = true;
     };
     const auto package = packageNamed(u"one");
@@ -329,7 +329,7 @@ TEST(QVLoadableLoading, AGrammarLearnsItsPackageAtItsFirstUse) {
     EXPECT_EQ(syntax->grammar(), grammar);
     EXPECT_EQ(grammar->package(), package);
     EXPECT_EQ(collection->package(), package);
-    EXPECT_EQ(collection->told, package);
+    EXPECT_EQ(collection->told.lock(), package);
     EXPECT_FALSE(collection->knewBefore);
 }
 
