@@ -1,7 +1,10 @@
 #include "Arguments.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <string_view>
+#include <unistd.h>
 
 namespace highlight {
 
@@ -13,15 +16,75 @@ const char *const usage =
     "  --no-cache          read them afresh; else what was read is kept in the user's cache folder\n"
     "  --syntax-file FILE  take this syntax too; may be repeated\n"
     "  --syntax NAME       the language of all files; without it names and contents tell\n"
-    "  --format FORMAT     ansi: colours for a terminal (the default); tree: the match tree\n"
+    "  --theme NAME|FILE   the theme; else Dusk, and in pages Daylight and Dusk by the reader's wish\n"
+    "  --color WHEN        auto (the default): colours as the terminal tells, none elsewhere or with "
+    "NO_COLOR set;\n"
+    "                      never; always: as the terminal tells; 16, 256, truecolor: so many, wherever it "
+    "goes\n"
+    "  --format FORMAT     ansi: colours for a terminal (the default); html: a page; tree: the match tree;\n"
+    "                      attributes: the runs of one look\n"
     "  --max-line N        run no pattern on lines of more than N units; 0: no limit (default 10000)\n"
     "  --stats             print figures to the standard error stream\n"
     "  --repeat N          parse N times afresh; figures are medians\n"
+    "  --edit-benchmark N  time N insertions of one letter, from the edit to its runs, spread over the file\n"
     "  --plain             search afresh each time instead of remembering; the tree is the same\n"
     "  --help              print this\n";
 
+namespace {
+
+ColourDepth depthOfTerminal() {
+    const auto variable = [](const char *name) {
+        const char *const value = std::getenv(name);
+        return std::string_view(value ? value : "");
+    };
+    const std::string_view color = variable("COLORTERM");
+    if (color == "truecolor" || color == "24bit")
+        return ColourDepth::True;
+    const std::string_view terminal = variable("TERM");
+    if (terminal == "dumb")
+        return ColourDepth::None;
+    const bool isRich =
+        terminal.find("256color") != terminal.npos || terminal.find("direct") != terminal.npos;
+    return isRich ? ColourDepth::Palette : ColourDepth::Sixteen;
+}
+
+std::optional<ColourDepth> depthOfWord(std::string_view word) {
+    if (word == "auto") {
+        const char *const noColor = std::getenv("NO_COLOR");
+        const bool isOff = (noColor && noColor[0] != '\0') || isatty(STDOUT_FILENO) == 0;
+        return isOff ? ColourDepth::None : depthOfTerminal();
+    }
+    if (word == "never")
+        return ColourDepth::None;
+    if (word == "always") {
+        const ColourDepth depth = depthOfTerminal();
+        return depth == ColourDepth::None ? ColourDepth::Sixteen : depth;
+    }
+    if (word == "16")
+        return ColourDepth::Sixteen;
+    if (word == "256")
+        return ColourDepth::Palette;
+    return word == "truecolor" ? std::optional(ColourDepth::True) : std::nullopt;
+}
+
+std::optional<Arguments::Format> formatOfWord(std::string_view word) {
+    for (const auto &[name, format] :
+         {std::pair("ansi", Arguments::Format::Ansi), std::pair("html", Arguments::Format::Html),
+          std::pair("tree", Arguments::Format::Tree), std::pair("attributes", Arguments::Format::Attributes)})
+        if (word == name)
+            return format;
+    return std::nullopt;
+}
+
+constexpr std::string_view optionsWithValue[] = {"--packages", "--syntax-file", "--syntax",
+                                                 "--format",   "--theme",       "--color",
+                                                 "--max-line", "--repeat",      "--edit-benchmark"};
+
+} // namespace
+
 std::optional<Arguments> parseArguments(int count, char **values, std::string &message) {
     Arguments arguments;
+    arguments.depth = *depthOfWord("auto");
     const auto fail = [&](std::string text) {
         message = std::move(text);
         return std::nullopt;
@@ -55,8 +118,8 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
             value = argument.substr(equals + 1);
         } else if (index + 1 < count) {
             value = values[++index];
-        } else if (name == "--packages" || name == "--syntax-file" || name == "--syntax" ||
-                   name == "--format" || name == "--max-line" || name == "--repeat") {
+        } else if (std::find(std::begin(optionsWithValue), std::end(optionsWithValue), name) !=
+                   std::end(optionsWithValue)) {
             return fail(std::string(name) + " needs a value");
         }
         const auto number = [&](std::uint64_t &target) {
@@ -70,9 +133,21 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
         } else if (name == "--syntax") {
             arguments.syntax = value;
         } else if (name == "--format") {
-            if (value != "ansi" && value != "tree")
+            const auto format = formatOfWord(value);
+            if (!format)
                 return fail("unknown format: " + std::string(value));
-            arguments.format = value == "tree" ? Arguments::Format::Tree : Arguments::Format::Ansi;
+            arguments.format = *format;
+        } else if (name == "--theme") {
+            arguments.theme = value;
+        } else if (name == "--color") {
+            const auto depth = depthOfWord(value);
+            if (!depth)
+                return fail("--color takes auto, never, always, 16, 256 or truecolor, not: " +
+                            std::string(value));
+            arguments.depth = *depth;
+        } else if (name == "--edit-benchmark") {
+            if (!number(arguments.editBenchmark) || arguments.editBenchmark == 0)
+                return fail("--edit-benchmark takes a whole number above 0, not: " + std::string(value));
         } else if (name == "--max-line") {
             if (!number(arguments.maximumLineLength))
                 return fail("--max-line takes a whole number, not: " + std::string(value));

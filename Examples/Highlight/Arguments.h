@@ -7,18 +7,25 @@
 
 namespace highlight {
 
+/// How many colours a terminal shows.
+enum class ColourDepth { None, Sixteen, Palette, True };
+
 /// What the command line asks for.
 struct Arguments {
-    enum class Format { Ansi, Tree };
+    enum class Format { Ansi, Html, Tree, Attributes };
 
     std::string packages;
     bool withoutCache = false;
     std::vector<std::string> syntaxFiles;
     std::string syntax;
+    /// A name or a file; empty where none is given.
+    std::string theme;
+    ColourDepth depth = ColourDepth::None;
     Format format = Format::Ansi;
     std::uint64_t maximumLineLength = 10000;
     bool statistics = false;
     std::uint64_t repeat = 1;
+    std::uint64_t editBenchmark = 0;
     bool plain = false;
     bool help = false;
     std::vector<std::string> files;

@@ -43,14 +43,6 @@ void loadSyntax(const std::string &file) {
     QVSyntax::setSyntax(syntax, syntax->name());
 }
 
-/// The packages of an installed program, else those of the source tree that it was built from.
-std::string defaultPackages() {
-    std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    const fs::path installed = program.parent_path() / ".." / "share" / "quorvane" / "Packages";
-    return !error && fs::is_directory(installed, error) ? installed.string() : QUORVANE_SOURCE_PACKAGES;
-}
-
 void loadPackages(const std::string &folder, bool usesCache) {
     std::error_code missing;
     if (!fs::is_directory(folder, missing))
@@ -66,6 +58,13 @@ void loadPackages(const std::string &folder, bool usesCache) {
 }
 
 } // namespace
+
+std::string defaultPackages() {
+    std::error_code error;
+    const fs::path program = fs::read_symlink("/proc/self/exe", error);
+    const fs::path installed = program.parent_path() / ".." / "share" / "quorvane" / "Packages";
+    return !error && fs::is_directory(installed, error) ? installed.string() : QUORVANE_SOURCE_PACKAGES;
+}
 
 void loadLanguages(const Arguments &arguments) {
     // Who tries a syntax file of their own need not have packages.

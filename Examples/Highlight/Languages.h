@@ -21,6 +21,9 @@ void loadLanguages(const Arguments &arguments);
 std::shared_ptr<quorvane::QVSyntax> syntaxForFile(const Arguments &arguments, const std::string &file,
                                                   const quorvane::NSString &text);
 
+/// The packages of an installed program, else those of the source tree that it was built from.
+std::string defaultPackages();
+
 /// Folders, files and text in and out of the engine's strings.
 std::string utf8(const quorvane::NSString &string);
 

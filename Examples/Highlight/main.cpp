@@ -1,13 +1,15 @@
 // quorvane-highlight: parses files with language packages and shows what the engine makes of them.
 
 #include "Arguments.h"
+#include "Colouring.h"
 #include "Languages.h"
-#include "Printing.h"
+#include "Output.h"
 
 #include "Host/QVMatchTreeText.h"
 #include "Platform/Foundation/NSData.h"
 #include "Platform/Foundation/NSError.h"
 #include "Platform/Foundation/NSURL.h"
+#include "Quorvane/Styles/QVThemeController.h"
 
 #include <algorithm>
 #include <chrono>
@@ -61,40 +63,139 @@ std::size_t countLines(std::u16string_view text) {
     return count + (endsInLine ? 1 : 0);
 }
 
-void printStatistics(const QVParse &parse, double loadTime, std::vector<double> parseTimes) {
-    std::sort(parseTimes.begin(), parseTimes.end());
+double medianOf(std::vector<double> times) {
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+/// What one run of the program is about: a file, its parse, and what it looks like.
+struct Document {
+    NSString text;
+    std::shared_ptr<QVParse> parse;
+    std::vector<double> parseTimes;
+    std::vector<PageTheme> themes;
+    std::vector<double> attributesTimes;
+};
+
+void printStatistics(const Document &document, double loadTime) {
     struct rusage usage {};
     getrusage(RUSAGE_SELF, &usage);
+    const QVParse &parse = *document.parse;
     const std::size_t units = parse.string().size();
     std::fprintf(stderr, "units: %zu\nlines: %zu\nload-ms: %.3f\nparse-ms: %.3f\nnodes: %zu\n", units,
-                 countLines(parse.string()), loadTime, parseTimes[parseTimes.size() / 2],
+                 countLines(parse.string()), loadTime, medianOf(document.parseTimes),
                  countNodes(*parse.rootMatch()));
+    if (!document.attributesTimes.empty())
+        std::fprintf(stderr, "attributes-ms: %.3f\nruns: %zu\n", medianOf(document.attributesTimes),
+                     document.themes.front().runs.size());
     std::fprintf(stderr, "tree-bytes-per-unit: %.2f\npeak-rss-mb: %.1f\n",
                  units == 0 ? 0.0 : static_cast<double>(parse.treeBytes()) / static_cast<double>(units),
                  static_cast<double>(usage.ru_maxrss) / 1024);
 }
 
-void highlightFile(const Arguments &arguments, const std::string &file, double loadTime) {
-    const NSString text = readText(file);
-    const std::shared_ptr<QVSyntax> syntax = syntaxForFile(arguments, file, text);
-    std::shared_ptr<QVParse> parse;
-    std::vector<double> times;
-    for (std::uint64_t turn = 0; turn < arguments.repeat; ++turn) {
-        parse.reset();
-        const Clock::time_point start = Clock::now();
-        parse = QVParse::initWithSyntax(syntax, text.length(), QVParseMainQueueConcurrencyType);
-        parse->setMaximumLineLength(arguments.maximumLineLength);
-        parse->setRemembersSearches(!arguments.plain);
-        parse->performWritingBlockAndWait([&] { parse->replaceCharactersInRange({0, 0}, text, nullptr); });
-        times.push_back(milliseconds(Clock::now() - start));
+/// Times letters typed at places spread over the text, each from the edit to its runs and taken out again,
+/// beside what moving the text itself costs.
+void runEditBenchmark(const Document &document, std::uint64_t count) {
+    QVParse &parse = *document.parse;
+    std::u16string bare(parse.string());
+    bare.reserve(bare.size() + 1);
+    std::vector<double> edits;
+    std::vector<double> moves;
+    for (std::uint64_t turn = 0; turn < count; ++turn) {
+        // Steps by the golden section meet all parts of the text, whatever their number.
+        const double part = static_cast<double>(turn) * 0.6180339887498949;
+        const auto place =
+            static_cast<NSUInteger>((part - static_cast<double>(static_cast<std::uint64_t>(part))) *
+                                    static_cast<double>(bare.size()));
+        Clock::time_point start = Clock::now();
+        const NSRange changed = parse.replaceCharactersInRange({place, 0}, u"x", nullptr);
+        const auto runs = attributeRuns(parse, changed, document.themes.front().defaults);
+        edits.push_back(milliseconds(Clock::now() - start) * 1000);
+        parse.replaceCharactersInRange({place, 1}, u"", nullptr);
+        start = Clock::now();
+        bare.insert(place, 1, u'x');
+        moves.push_back(milliseconds(Clock::now() - start) * 1000);
+        bare.erase(place, 1);
     }
-    parse->performReadingBlockAndWait([&] {
-        const std::string output =
-            arguments.format == Arguments::Format::Tree ? QVMatchTreeText(*parse) : ansiText(*parse);
+    std::sort(edits.begin(), edits.end());
+    std::sort(moves.begin(), moves.end());
+    std::fprintf(stderr, "edit-us-median: %.1f\nedit-us-p99: %.1f\nmove-us-median: %.1f\nmove-us-p99: %.1f\n",
+                 edits[edits.size() / 2], edits[edits.size() * 99 / 100], moves[moves.size() / 2],
+                 moves[moves.size() * 99 / 100]);
+}
+
+std::vector<std::string> themeNames(const Arguments &arguments) {
+    if (!arguments.theme.empty())
+        return {arguments.theme};
+    return arguments.format == Arguments::Format::Html ? std::vector<std::string>{"Daylight", "Dusk"}
+                                                       : std::vector<std::string>{"Dusk"};
+}
+
+std::string outputOfDocument(const Arguments &arguments, const std::string &file, const Document &document) {
+    const PageTheme *const theme = document.themes.empty() ? nullptr : &document.themes.front();
+    const std::u16string_view text = document.parse->string();
+    switch (arguments.format) {
+    case Arguments::Format::Tree:
+        return QVMatchTreeText(*document.parse);
+    case Arguments::Format::Attributes:
+        return attributesText(theme->runs, theme->defaults);
+    case Arguments::Format::Html:
+        return pageText(text, file == "-" ? "standard input" : file, document.themes);
+    case Arguments::Format::Ansi:
+        break;
+    }
+    return theme ? ansiText(text, theme->runs, theme->defaults, arguments.depth)
+                 : NSString(text).UTF8String();
+}
+
+void highlightFile(const Arguments &arguments, const std::string &file, double loadTime) {
+    Document document;
+    document.text = readText(file);
+    const std::shared_ptr<QVSyntax> syntax = syntaxForFile(arguments, file, document.text);
+    const auto controller = QVThemeController::sharedController();
+    // The tree has no colours; all else needs a theme, before the text is parsed and its languages come up.
+    const bool isColoured = arguments.format != Arguments::Format::Tree || arguments.editBenchmark != 0;
+    if (isColoured)
+        for (const std::string &name : themeNames(arguments)) {
+            const auto theme = themeNamed(name);
+            document.themes.push_back({theme, defaultAttributes(*theme), {}});
+        }
+    if (isColoured)
+        controller->setCurrentTheme(document.themes.front().theme);
+    for (std::uint64_t turn = 0; turn < arguments.repeat; ++turn) {
+        document.parse.reset();
+        const Clock::time_point start = Clock::now();
+        document.parse =
+            QVParse::initWithSyntax(syntax, document.text.length(), QVParseMainQueueConcurrencyType);
+        QVParse &parse = *document.parse;
+        parse.setMaximumLineLength(arguments.maximumLineLength);
+        parse.setRemembersSearches(!arguments.plain);
+        parse.performWritingBlockAndWait([&] {
+            parse.replaceCharactersInRange({0, 0}, document.text, nullptr);
+        });
+        document.parseTimes.push_back(milliseconds(Clock::now() - start));
+    }
+    document.parse->performReadingBlockAndWait([&] {
+        const NSRange all{0, document.text.length()};
+        for (std::size_t index = 0; index < document.themes.size(); ++index) {
+            PageTheme &theme = document.themes[index];
+            if (index != 0)
+                controller->setCurrentTheme(theme.theme);
+            for (std::uint64_t turn = 0; turn < (index == 0 ? arguments.repeat : 1); ++turn) {
+                const Clock::time_point start = Clock::now();
+                theme.runs = attributeRuns(*document.parse, all, theme.defaults);
+                if (index == 0)
+                    document.attributesTimes.push_back(milliseconds(Clock::now() - start));
+            }
+        }
+        const std::string output = outputOfDocument(arguments, file, document);
         std::fwrite(output.data(), 1, output.size(), stdout);
         if (arguments.statistics)
-            printStatistics(*parse, loadTime, times);
+            printStatistics(document, loadTime);
     });
+    if (arguments.editBenchmark != 0)
+        document.parse->performWritingBlockAndWait(
+            [&] { runEditBenchmark(document, arguments.editBenchmark); });
 }
 
 } // namespace

@@ -1,0 +1,162 @@
+#include "Colouring.h"
+
+#include "Languages.h"
+
+#include "Platform/AppKit/NSColor.h"
+#include "Platform/CoreGraphics/CGColorSpace.h"
+#include "Platform/CoreText/CTFont.h"
+#include "Platform/Foundation/NSError.h"
+#include "Platform/Foundation/NSURL.h"
+#include "Quorvane/Parsers/QVSyntaxHighlighting.h"
+
+#include <cmath>
+#include <filesystem>
+#include <map>
+
+using namespace quorvane;
+
+namespace highlight {
+
+namespace {
+
+/// Text whose look is painted over stretch by stretch. Looks have numbers, so that painting compares and
+/// stores no more than those.
+class Canvas {
+public:
+    Canvas(NSRange range, const NSAttributes &defaults)
+        : _start(range.location), _defaults(defaults), _looks{defaults}, _ofUnit(range.length, 0) {}
+
+    void paint(NSRange range, const NSAttributes &attributes, std::uint64_t flags) {
+        const std::size_t from = range.location - _start;
+        const std::size_t end = from + range.length;
+        for (std::size_t start = from; start < end;) {
+            const std::uint32_t before = _ofUnit[start];
+            std::size_t behind = start + 1;
+            while (behind < end && _ofUnit[behind] == before)
+                ++behind;
+            std::fill(_ofUnit.begin() + static_cast<std::ptrdiff_t>(start),
+                      _ofUnit.begin() + static_cast<std::ptrdiff_t>(behind),
+                      lookOver(before, attributes, flags));
+            start = behind;
+        }
+    }
+
+    std::vector<Run> runs() const {
+        std::vector<Run> result;
+        for (std::size_t start = 0; start < _ofUnit.size();) {
+            std::size_t end = start + 1;
+            while (end < _ofUnit.size() && _ofUnit[end] == _ofUnit[start])
+                ++end;
+            result.push_back({{_start + start, end - start}, _looks[_ofUnit[start]]});
+            start = end;
+        }
+        return result;
+    }
+
+private:
+    std::uint32_t lookOver(std::uint32_t before, const NSAttributes &attributes, std::uint64_t flags) {
+        const auto key = std::tuple(before, attributes.begin(), flags);
+        if (const auto found = _known.find(key); found != _known.end())
+            return found->second;
+        NSMutableAttributes look(_looks[before]);
+        if (flags != QVAttributeFlagsAdd) {
+            for (const NSAttributeKey name : QVParse::attributesAffectedBySyntaxHighlighting())
+                look.remove(name);
+            look.add(_defaults);
+        }
+        look.add(attributes);
+        const auto number = static_cast<std::uint32_t>(_looks.size());
+        _looks.push_back(look.attributes());
+        const auto equal = std::find(_looks.begin(), _looks.end() - 1, _looks.back());
+        _kept.push_back(attributes);
+        return _known[key] =
+                   equal + 1 == _looks.end() ? number : static_cast<std::uint32_t>(equal - _looks.begin());
+    }
+
+    NSUInteger _start;
+    NSAttributes _defaults;
+    std::vector<NSAttributes> _looks;
+    std::vector<std::uint32_t> _ofUnit;
+    std::map<std::tuple<std::uint32_t, const NSAttribute *, std::uint64_t>, std::uint32_t> _known;
+    /// Keeps what the table knows by its address.
+    std::vector<NSAttributes> _kept;
+};
+
+bool isSet(const NSAttributes &attributes, NSAttributeKey key) {
+    const NSAttributeValue *const value = attributes.valueForKey(key);
+    return value != nullptr && value->integerValue() != 0;
+}
+
+} // namespace
+
+std::shared_ptr<QVTheme> themeNamed(const std::string &name) {
+    if (auto theme = QVTheme::themeWithName(NSString::stringWithUTF8String(name)))
+        return theme;
+    const std::string bundled = defaultPackages() + "/Themes/Themes/" + name + ".css";
+    std::error_code missing;
+    const std::string &file = std::filesystem::is_regular_file(bundled, missing) ? bundled : name;
+    if (!std::filesystem::exists(file, missing))
+        throw Failure{"unknown theme: " + name, 2};
+    std::shared_ptr<NSError> error;
+    auto theme =
+        QVTheme::themeWithContentsOfURL(NSURL::fileURLWithPath(NSString::stringWithUTF8String(file)), &error);
+    if (!theme)
+        throw Failure{file + ": " + (error ? utf8(error->localizedDescription()) : "no theme"), 1};
+    return theme;
+}
+
+NSAttributes defaultAttributes(const QVTheme &theme) {
+    NSMutableAttributes attributes;
+    if (const CTFontRef font = CTFontCreateMonospacedSystemFont(12))
+        attributes.set(NSFontAttributeName, font);
+    attributes.set(NSForegroundColorAttributeName, theme.textColor());
+    return attributes.attributes();
+}
+
+std::vector<Run> attributeRuns(const QVParse &parse, NSRange range, const NSAttributes &defaults) {
+    Canvas canvas(range, defaults);
+    parse.enumerateAttributesInRange(range, defaults,
+                                     [&](const NSAttributes &attributes, NSRange stretch,
+                                         const std::shared_ptr<QVSyntax> &, std::uint64_t flags,
+                                         bool &) { canvas.paint(stretch, attributes, flags); });
+    return canvas.runs();
+}
+
+std::optional<Colour> colourOf(const NSColor *color) {
+    const CGColorRef matched =
+        color ? CGColorCreateCopyByMatchingToColorSpace(CGColorSpaceCreateWithName(kCGColorSpaceSRGB),
+                                                        kCGRenderingIntentDefault, color->CGColor())
+              : nullptr;
+    const auto components = CGColorGetComponents(matched);
+    if (components.size() != 4)
+        return std::nullopt;
+    const auto level = [&](std::size_t index) {
+        const CGFloat value = components[index];
+        return static_cast<std::uint8_t>(std::lround(255 * (value > 0 ? std::min<CGFloat>(value, 1) : 0)));
+    };
+    return Colour{level(0), level(1), level(2)};
+}
+
+Look lookOfAttributes(const NSAttributes &attributes, const NSAttributes &defaults) {
+    Look look;
+    const auto foreground = colourOf(attributes.objectForKey<NSColor>(NSForegroundColorAttributeName));
+    if (foreground != colourOf(defaults.objectForKey<NSColor>(NSForegroundColorAttributeName)))
+        look.foreground = foreground;
+    look.background = colourOf(attributes.objectForKey<NSColor>(NSBackgroundColorAttributeName));
+    if (const auto *const font = attributes.objectForKey<CTFont>(NSFontAttributeName)) {
+        const CTFontRef held = std::static_pointer_cast<const CTFont>(font->shared_from_this());
+        look.bold = (CTFontGetSymbolicTraits(held) & kCTFontTraitBold) != 0;
+        look.italic = (CTFontGetSymbolicTraits(held) & kCTFontTraitItalic) != 0;
+    }
+    look.underlined = isSet(attributes, NSUnderlineStyleAttributeName);
+    look.struckThrough = isSet(attributes, NSStrikethroughStyleAttributeName);
+    return look;
+}
+
+std::string hexadecimal(Colour colour) {
+    char text[8];
+    std::snprintf(text, sizeof text, "#%02x%02x%02x", colour.red, colour.green, colour.blue);
+    return text;
+}
+
+} // namespace highlight

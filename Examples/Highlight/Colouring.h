@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Arguments.h"
+
+#include "Quorvane/Parsers/QVParse.h"
+#include "Quorvane/Styles/QVTheme.h"
+
+namespace highlight {
+
+/// A stretch of the text that looks the same all over. Places are UTF-16 code units.
+struct Run {
+    quorvane::NSRange range;
+    quorvane::NSAttributes attributes;
+};
+
+/// A colour as screens take it.
+struct Colour {
+    std::uint8_t red = 0;
+    std::uint8_t green = 0;
+    std::uint8_t blue = 0;
+
+    friend bool operator==(Colour, Colour) = default;
+    friend auto operator<=>(Colour, Colour) = default;
+};
+
+/// What of a run's attributes a terminal or a page can show. What the text's defaults say counts as nothing.
+struct Look {
+    std::optional<Colour> foreground;
+    std::optional<Colour> background;
+    bool bold = false;
+    bool italic = false;
+    bool underlined = false;
+    bool struckThrough = false;
+
+    friend bool operator==(const Look &, const Look &) = default;
+    friend auto operator<=>(const Look &, const Look &) = default;
+};
+
+/// The theme that the name or file stands for: one of the packages', else a theme file. Throws `Failure`.
+std::shared_ptr<quorvane::QVTheme> themeNamed(const std::string &name);
+
+/// The attributes of plain text under a theme.
+quorvane::NSAttributes defaultAttributes(const quorvane::QVTheme &theme);
+
+/// The runs of a range of the text, in order and without gaps. Needs read access.
+std::vector<Run> attributeRuns(const quorvane::QVParse &parse, quorvane::NSRange range,
+                               const quorvane::NSAttributes &defaults);
+
+Look lookOfAttributes(const quorvane::NSAttributes &attributes, const quorvane::NSAttributes &defaults);
+/// Absent for a null colour and one that can't be shown.
+std::optional<Colour> colourOf(const quorvane::NSColor *color);
+/// "#rrggbb".
+std::string hexadecimal(Colour colour);
+
+} // namespace highlight
