@@ -101,7 +101,7 @@ std::shared_ptr<QVTheme> themeNamed(const std::string &name) {
     auto theme =
         QVTheme::themeWithContentsOfURL(NSURL::fileURLWithPath(NSString::stringWithUTF8String(file)), &error);
     if (!theme)
-        throw Failure{file + ": " + (error ? utf8(error->localizedDescription()) : "no theme"), 1};
+        throw Failure{file + ": " + (error ? textOfError(*error) : "no theme"), 1};
     return theme;
 }
 

@@ -15,11 +15,10 @@ namespace highlight {
 
 std::string utf8(const NSString &string) { return string.UTF8String(); }
 
-namespace {
-
-/// Everything that an error says, the cause behind it, on one line.
 std::string textOfError(const NSError &error) {
     std::string text = utf8(error.localizedDescription());
+    if (const NSString reason = error.localizedFailureReason())
+        text += ": " + utf8(reason);
     if (const NSString suggestion = error.localizedRecoverySuggestion())
         text += ": " + utf8(suggestion);
     if (const auto line = error.integerForKey(u"line");
@@ -30,6 +29,8 @@ std::string textOfError(const NSError &error) {
         text += ": " + textOfError(*underlying);
     return text;
 }
+
+namespace {
 
 void loadSyntax(const std::string &file) {
     std::shared_ptr<NSError> error;

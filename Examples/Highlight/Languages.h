@@ -4,6 +4,10 @@
 
 #include "Quorvane/Syntaxes/QVSyntax.h"
 
+namespace quorvane {
+class NSError;
+}
+
 namespace highlight {
 
 /// Something that the user must know: one line for the standard error stream, and the program's exit code.
@@ -23,6 +27,9 @@ std::shared_ptr<quorvane::QVSyntax> syntaxForFile(const Arguments &arguments, co
 
 /// The packages of an installed program, else those of the source tree that it was built from.
 std::string defaultPackages();
+
+/// Everything that an error says, the cause behind it, on one line.
+std::string textOfError(const quorvane::NSError &error);
 
 /// Folders, files and text in and out of the engine's strings.
 std::string utf8(const quorvane::NSString &string);

@@ -42,9 +42,10 @@ std::string declarations(const Look &look) {
         text += "font-weight:bold;";
     if (look.italic)
         text += "font-style:italic;";
-    if (look.underlined || look.struckThrough)
-        text += std::string("text-decoration:") + (look.underlined ? "underline " : "") +
-                (look.struckThrough ? "line-through" : "") + ";";
+    if (look.underlined && look.struckThrough)
+        text += "text-decoration:underline line-through;";
+    else if (look.underlined || look.struckThrough)
+        text += look.underlined ? "text-decoration:underline;" : "text-decoration:line-through;";
     return text;
 }
 

@@ -50,6 +50,14 @@ OTHER = """<syntax name="other">
 </syntax>
 """
 
+# Colours whose places in all palettes are known: pure red is 196 of the 256 and nearest to 31 of the sixteen.
+THEME = """meta { -theme-interface-style: dark; }
+meta.document { background: #101010; }
+meta.text { color: #eeeeee; }
+string { color: #ff0000; font-weight: bold; }
+comment { color: #00ff00; background: #0000ff; text-decoration: underline solid; }
+"""
+
 ESCAPES = re.compile(rb"\x1b\[[0-9;]*m")
 
 
@@ -144,19 +152,88 @@ class HighlightTests(unittest.TestCase):
         text = b'"a" "\\"" // "\n"' * 20
         self.assertEqual(self.tree(text=text), self.tree("--plain", text=text))
 
+    def coloured(self, *arguments, text=b'x "y\\n" // z\n'):
+        theme = self.write("colours.css", THEME)
+        return self.succeed("--syntax", "tiny", "--theme", theme, *arguments, "-", text=text).stdout
+
+    def test_no_colours_go_where_no_terminal_is(self):
+        self.assertEqual(self.coloured(), b'x "y\\n" // z\n')
+        self.assertEqual(self.coloured("--color=auto"), b'x "y\\n" // z\n')
+        self.assertEqual(self.coloured("--color=never"), b'x "y\\n" // z\n')
+
     def test_colours_are_escapes_around_the_text(self):
-        result = self.succeed("--syntax", "tiny", "-", text=b'x "y\\n" // z\n')
-        self.assertEqual(ESCAPES.sub(b"", result.stdout), b'x "y\\n" // z\n')
-        self.assertRegex(result.stdout, rb"x \x1b\[[0-9;]+m\"y\\n\"\x1b\[0m \x1b\[[0-9;]+m// z\x1b\[0m\n")
         self.assertEqual(
-            result.stdout, self.succeed("--syntax=tiny", "--format=ansi", "-", text=b'x "y\\n" // z\n').stdout
+            self.coloured("--color=truecolor"),
+            b'x \x1b[1;38;2;255;0;0m"y\\n"\x1b[0m \x1b[4;38;2;0;255;0;48;2;0;0;255m// z\x1b[0m\n',
         )
+
+    def test_fewer_colours_are_the_nearest_ones(self):
+        self.assertEqual(
+            self.coloured("--color", "256"),
+            b'x \x1b[1;38;5;196m"y\\n"\x1b[0m \x1b[4;38;5;46;48;5;21m// z\x1b[0m\n',
+        )
+        self.assertEqual(
+            self.coloured("--color", "16"), b'x \x1b[1;31m"y\\n"\x1b[0m \x1b[4;32;44m// z\x1b[0m\n'
+        )
+
+    def test_the_terminal_tells_how_many_colours_it_has_and_asking_wins_over_no_color(self):
+        for terminal, colours, code in (
+            ("xterm", "", b"\x1b[1;31m"),
+            ("xterm-256color", "", b"\x1b[1;38;5;196m"),
+            ("xterm", "truecolor", b"\x1b[1;38;2;255;0;0m"),
+            ("dumb", "", b"\x1b[1;31m"),
+        ):
+            with self.subTest(terminal=terminal, colours=colours):
+                self.environment.update(TERM=terminal, COLORTERM=colours, NO_COLOR="1")
+                self.assertIn(code, self.coloured("--color=always"))
+
+    def test_colours_end_before_a_line_does(self):
+        output = self.coloured("--color=16", text=b'"a\nb"')
+        self.assertEqual(output, b'\x1b[1;31m"a\x1b[0m\n\x1b[1;31mb"\x1b[0m')
 
     def test_colours_leave_every_text_as_it_is(self):
         for text in ("", "\n", "a\r\nb\rc", '"\U0001f600é\u2028" //\t', '"""//"""\n//"\n\n', "\0\x7f"):
             with self.subTest(text=text):
-                output = self.succeed("--syntax", "tiny", "-", text=text.encode()).stdout
+                output = self.coloured("--color=256", text=text.encode())
                 self.assertEqual(ESCAPES.sub(b"", output).decode(), text)
+
+    def test_attributes_are_listed_run_by_run(self):
+        self.assertEqual(
+            self.coloured("--format=attributes"),
+            b"0 2\n"
+            b"2 5 color=#ff0000 bold class=string\n"
+            b"7 1\n"
+            b"8 4 color=#00ff00 background=#0000ff underline class=comment\n"
+            b"12 1\n",
+        )
+
+    def test_a_page_holds_the_text_by_lines_and_the_theme(self):
+        page = self.coloured("--format=html", text=b'a < "b"\r\n\n// c & d').decode()
+        lines = re.findall(r'<span class="line">(.*)</span>$', page, re.MULTILINE)
+        self.assertEqual(lines, ['a &lt; <span class="c0">&quot;b&quot;</span>', "",
+                                 '<span class="c1">// c &amp; d</span>'])
+        self.assertIn(".c0{color:#ff0000;font-weight:bold;}", page)
+        self.assertIn(".c1{color:#00ff00;background:#0000ff;text-decoration:underline;}", page)
+        self.assertIn("body{background:#101010;color:#eeeeee}", page)
+        self.assertNotIn("prefers-color-scheme", page)
+        self.assertTrue(page.startswith("<!DOCTYPE html>"))
+
+    def test_a_page_without_a_theme_follows_the_reader(self):
+        page = self.succeed("--syntax", "tiny", "--format=html", "-", text=b'"a"').stdout.decode()
+        self.assertIn("@media screen and (prefers-color-scheme:dark)", page)
+        self.assertEqual(len(re.findall(r"^\.c0\{", page, re.MULTILINE)), 2)
+
+    def test_themes_have_names_and_files(self):
+        for theme in ("Dusk", "Daylight", SOURCE / "Packages/Themes/Themes/Dusk.css"):
+            with self.subTest(theme=theme):
+                output = self.succeed("--syntax", "tiny", "--theme", theme, "--color=256", "-", text=b'"a"').stdout
+                self.assertRegex(output, rb'^\x1b\[[0-9;]+m"a"\x1b\[0m$')
+
+    def test_a_theme_that_nobody_knows_and_one_that_is_broken_are_told(self):
+        self.assert_fails(self.run_tiny("--syntax=tiny", "--theme=nosuch", "-"), 2, "nosuch")
+        broken = self.write("broken.css", "string { color }\n")
+        self.assert_fails(self.run_tiny("--syntax=tiny", "--theme", broken, "-"), 1, broken,
+                          "Missing property separator at line 1")
 
     def test_files_are_printed_one_behind_the_other(self):
         a = self.write("a.tiny", "// a\n")
@@ -374,7 +451,10 @@ class HighlightTests(unittest.TestCase):
             (["--nosuch", "-"], "--nosuch"),
             (["--nosuch=1", "-"], "--nosuch"),
             (["-x"], "-x"),
-            (["--format", "html", "-"], "html"),
+            (["--format", "pdf", "-"], "pdf"),
+            (["--color", "mauve", "-"], "mauve"),
+            (["--edit-benchmark", "0", "-"], "--edit-benchmark"),
+            (["-", "--theme"], "--theme"),
             (["--format=", "-"], "format"),
             (["--max-line", "many", "-"], "many"),
             (["--max-line", "-1", "-"], "-1"),
@@ -397,24 +477,39 @@ class HighlightTests(unittest.TestCase):
     def test_figures_are_names_and_values_on_the_standard_error_stream(self):
         values, names = self.statistics(text=b"a\r\nb\rc\n//\xf0\x9f\x98\x80")
         self.assertEqual(
-            names, ["units", "lines", "load-ms", "parse-ms", "nodes", "tree-bytes-per-unit", "peak-rss-mb"]
+            names,
+            ["units", "lines", "load-ms", "parse-ms", "nodes", "attributes-ms", "runs", "tree-bytes-per-unit",
+             "peak-rss-mb"],
         )
         # a CR LF b CR c LF / / and two halves of a character.
         self.assertEqual(values["units"], "11")
         self.assertEqual(values["lines"], "4")
         # The root; three times unknown text and a line ending; the comment.
         self.assertEqual(values["nodes"], "8")
-        for name in ("load-ms", "parse-ms", "tree-bytes-per-unit", "peak-rss-mb"):
+        # All but the comment, and the comment.
+        self.assertEqual(values["runs"], "2")
+        for name in ("load-ms", "parse-ms", "attributes-ms", "tree-bytes-per-unit", "peak-rss-mb"):
             self.assertGreater(float(values[name]), 0, name)
 
     def test_a_line_ending_at_the_end_begins_no_line(self):
         self.assertEqual(self.statistics(text=b"a\n")[0]["lines"], "1")
         self.assertEqual(self.statistics(text=b"")[0]["lines"], "0")
 
+    def test_a_tree_has_no_figures_of_colours(self):
+        names = self.statistics("--format=tree", text=b"a")[1]
+        self.assertNotIn("runs", names)
+
+    def test_edits_are_timed_beside_the_text_alone_and_leave_no_trace(self):
+        result = self.succeed("--syntax=tiny", "--edit-benchmark=20", "-", text=b'a "b" // c\n' * 30)
+        self.assertEqual(result.stdout, b'a "b" // c\n' * 30)
+        names = [line.split(": ")[0] for line in result.stderr.decode().splitlines()]
+        self.assertEqual(names, ["edit-us-median", "edit-us-p99", "move-us-median", "move-us-p99"])
+        self.assertEqual(self.run_tiny("--syntax=tiny", "--edit-benchmark=3", "-").returncode, 0)
+
     def test_repeating_prints_the_text_once(self):
         result = self.succeed("--syntax", "tiny", "--repeat", "3", "--stats", "-", text=b"a // b")
         self.assertEqual(ESCAPES.sub(b"", result.stdout), b"a // b")
-        self.assertEqual(len(result.stderr.splitlines()), 7)
+        self.assertEqual(len(result.stderr.splitlines()), 9)
         self.assertEqual(self.tree("--repeat=3", text=b"a // b"), self.tree(text=b"a // b"))
 
 
