@@ -108,7 +108,8 @@ std::string pageText(std::u16string_view text, const std::string &title,
         const char16_t unit = text[place];
         if (unit == u'\n' || unit == u'\r') {
             place += unit == u'\r' && place + 1 < text.size() && text[place + 1] == u'\n' ? 2 : 1;
-            body += place < text.size() ? "</span>\n<span class=\"line\">" : "";
+            // Within its line, where a line's end shows as none but is copied with the text.
+            body += place < text.size() ? "\n</span><span class=\"line\">" : "";
             continue;
         }
         const auto [name, stretchEnd] = classes.stretchAt(place);
@@ -118,7 +119,7 @@ std::string pageText(std::u16string_view text, const std::string &title,
         body += name.empty() ? piece : "<span class=\"" + name + "\">" + piece + "</span>";
         place = end;
     }
-    body += "</span>\n";
+    body += "\n</span>";
 
     const std::string light = rulesOfTheme(themes.front(), classes.ofTheme(0));
     std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"

@@ -209,7 +209,7 @@ class HighlightTests(unittest.TestCase):
 
     def test_a_page_holds_the_text_by_lines_and_the_theme(self):
         page = self.coloured("--format=html", text=b'a < "b"\r\n\n// c & d').decode()
-        lines = re.findall(r'<span class="line">(.*)</span>$', page, re.MULTILINE)
+        lines = re.findall(r'<span class="line">(.*)\n</span>', page)
         self.assertEqual(lines, ['a &lt; <span class="c0">&quot;b&quot;</span>', "",
                                  '<span class="c1">// c &amp; d</span>'])
         self.assertIn(".c0{color:#ff0000;font-weight:bold;}", page)

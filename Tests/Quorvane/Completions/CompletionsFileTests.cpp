@@ -227,7 +227,8 @@ TEST(CompletionsFileReference, EachWordForATypeIsKnown) {
 
 TEST(PackageCompletions, EachFileOfThePackagesIsReadWithoutError) {
     const auto packages = packageFiles();
-    for (const char *const name : {"C", "CSS", "HTML", "JSON", "JavaScript"})
+    for (const char *const name : {"C", "CPP", "CSS", "HTML", "JSON", "JavaScript", "Markdown", "Python",
+                                   "Shell", "TypeScript", "YAML"})
         EXPECT_TRUE(packages.contains(name)) << name;
     for (const auto &[package, paths] : packages)
         for (const std::string &path : paths) {
@@ -255,12 +256,17 @@ TEST(PackageCompletions, EachItemCanBeMatchedAndStandsOnceInItsSet) {
 }
 
 TEST(PackageCompletions, EachProviderAppliesSomewhereAndOffersSetsThatAreThere) {
-    for (const auto &[package, paths] : packageFiles()) {
-        QVCompletionSet::Sets sets;
+    // Sets are found by name in all packages that are loaded: a language that embeds another offers its
+    // words.
+    QVCompletionSet::Sets sets;
+    const auto packages = packageFiles();
+    for (const auto &[package, paths] : packages)
+        for (const std::string &path : paths)
+            sets.merge(fileOf(contentsOfFile(path)).sets);
+    for (const auto &[package, paths] : packages) {
         std::vector<std::shared_ptr<QVCompletionProvider>> providers;
         for (const std::string &path : paths) {
-            File file = fileOf(contentsOfFile(path));
-            sets.merge(file.sets);
+            const File file = fileOf(contentsOfFile(path));
             providers.insert(providers.end(), file.providers.begin(), file.providers.end());
         }
         for (const auto &provider : providers) {
