@@ -76,6 +76,11 @@ public:
             fail(0, std::string("Is no JSON: ") + failure.what());
             return std::nullopt;
         }
+        // The library takes a null character for the text's end and would pass over whatever follows.
+        if (const std::size_t null = _text.find('\0'); null != std::string_view::npos) {
+            fail(null, "Is no JSON: there is a null character");
+            return std::nullopt;
+        }
         if (!document.is_object()) {
             fail(_text.find_first_not_of(" \t\r\n"), "Is no JSON object");
             return std::nullopt;

@@ -80,6 +80,9 @@ TEST(QVPackageManifest, WhatIsNoJSONIsToldWithItsPlace) {
     // Cut off: the place behind the last character.
     EXPECT_THAT(failure("{\"identifier\": \"a\""), StartsWith("p/package.json: {1, 19}: Is no JSON: "));
     EXPECT_THAT(failure("{\"identifier\": \"\xff\"}"), StartsWith("p/package.json: {1, 17}: Is no JSON: "));
+    // A null character doesn't hide what follows it.
+    EXPECT_EQ(failure(std::string("{\"identifier\": \"a\"}\n\0\": [1", 26)),
+              "p/package.json: {2, 1}: Is no JSON: there is a null character");
     EXPECT_THAT(failure("{\"identifier\": 1e999}"), StartsWith("p/package.json: "));
 }
 
