@@ -37,6 +37,7 @@ NSRange NSAttributedString::longestRange(NSUInteger index, NSRange effectiveRang
 NSAttributes NSAttributedString::attributesAtIndex(NSUInteger index, NSRange *longestEffectiveRange,
                                                    NSRange inRange) const {
     checkRange(inRange);
+    prepareToReadAttributesInRange(inRange);
     NSRange effectiveRange;
     NSAttributes attributes = attributesAtIndex(index, &effectiveRange);
     if (longestEffectiveRange != nullptr)
@@ -67,6 +68,7 @@ std::optional<NSAttributeValue> NSAttributedString::attribute(NSAttributeKey key
                                                               NSRange *longestEffectiveRange,
                                                               NSRange inRange) const {
     checkRange(inRange);
+    prepareToReadAttributesInRange(inRange);
     NSRange effectiveRange;
     auto value = attribute(key, atIndex, &effectiveRange);
     if (longestEffectiveRange != nullptr)
@@ -102,6 +104,7 @@ void NSAttributedString::enumerateAttributesInRange(NSRange range,
                                                     NSAttributedStringEnumerationOptions options,
                                                     AttributesBlock usingBlock) const {
     checkRange(range);
+    prepareToReadAttributesInRange(range);
     QVParameterAssert(static_cast<bool>(usingBlock), "block != nil");
     if (!usingBlock)
         return;
@@ -122,6 +125,7 @@ void NSAttributedString::enumerateAttribute(NSAttributeKey key, NSRange inRange,
                                             NSAttributedStringEnumerationOptions options,
                                             AttributeBlock usingBlock) const {
     checkRange(inRange);
+    prepareToReadAttributesInRange(inRange);
     QVParameterAssert(static_cast<bool>(usingBlock), "block != nil");
     if (!usingBlock)
         return;

@@ -69,6 +69,8 @@ public:
     NSString description() const override;
 
 protected:
+    /// Called before the attributes of a whole range are read, for strings that put them in order lazily.
+    virtual void prepareToReadAttributesInRange(NSRange /*range*/) const {}
     /// Throw where a place is not in the string.
     void checkIndex(NSUInteger index) const;
     void checkRange(NSRange range) const;
@@ -99,16 +101,16 @@ public:
 
     // Changes
 
-    void addAttribute(NSAttributeKey key, NSAttributeValue value, NSRange range);
+    virtual void addAttribute(NSAttributeKey key, NSAttributeValue value, NSRange range);
     /// Replaces the values of the same keys and keeps the others.
-    void addAttributes(const NSAttributes &attributes, NSRange range);
-    void removeAttribute(NSAttributeKey key, NSRange range);
+    virtual void addAttributes(const NSAttributes &attributes, NSRange range);
+    virtual void removeAttribute(NSAttributeKey key, NSRange range);
     /// Gives each run in the range the attributes that are made of its present ones.
     virtual void changeAttributesInRange(NSRange range,
                                          QVBlock<NSAttributes(const NSAttributes &attributes)> usingBlock);
 
     /// The new characters bring their own attributes.
-    void replaceCharactersInRange(NSRange range, const NSAttributedString &withAttributedString);
+    virtual void replaceCharactersInRange(NSRange range, const NSAttributedString &withAttributedString);
     void insertAttributedString(const NSAttributedString &attributedString, NSUInteger atIndex);
     void appendAttributedString(const NSAttributedString &attributedString);
     void deleteCharactersInRange(NSRange range) { replaceCharactersInRange(range, std::u16string_view()); }
