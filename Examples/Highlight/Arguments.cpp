@@ -23,8 +23,14 @@ const char *const usage =
     "goes\n"
     "  --format FORMAT     ansi: colours for a terminal (the default); html: a page; tree: the match tree;\n"
     "                      attributes: the runs of one look\n"
+    "  --list              print the syntaxes and themes that can be named, and their files\n"
+    "  --explain LINE:COLUMN\n"
+    "                      print why the character there looks as it does: scopes, patterns, styles;\n"
+    "                      both count from 1, columns in units of UTF-16\n"
     "  --max-line N        run no pattern on lines of more than N units; 0: no limit (default 10000)\n"
     "  --stats             print figures to the standard error stream\n"
+    "  --trace             print what each scope cost to the standard error stream: time, hits and misses,\n"
+    "                      all patterns searched for one by one\n"
     "  --repeat N          parse N times afresh; figures are medians\n"
     "  --edit-benchmark N  time N insertions of one letter, from the edit to its runs, spread over the file\n"
     "  --plain             search afresh each time instead of remembering; the tree is the same\n"
@@ -76,9 +82,23 @@ std::optional<Arguments::Format> formatOfWord(std::string_view word) {
     return std::nullopt;
 }
 
-constexpr std::string_view optionsWithValue[] = {"--packages", "--syntax-file", "--syntax",
-                                                 "--format",   "--theme",       "--color",
-                                                 "--max-line", "--repeat",      "--edit-benchmark"};
+/// "LINE:COLUMN", both above 0.
+std::optional<Place> placeOfWord(std::string_view word) {
+    const auto colon = word.find(':');
+    if (colon == word.npos)
+        return std::nullopt;
+    const auto number = [](std::string_view digits) -> std::uint64_t {
+        std::uint64_t value = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+        return error == std::errc() && end == digits.data() + digits.size() ? value : 0;
+    };
+    const Place place{number(word.substr(0, colon)), number(word.substr(colon + 1))};
+    return place.line != 0 && place.column != 0 ? std::optional(place) : std::nullopt;
+}
+
+constexpr std::string_view optionsWithValue[] = {
+    "--packages", "--syntax-file", "--syntax", "--format",         "--theme",
+    "--color",    "--max-line",    "--repeat", "--edit-benchmark", "--explain"};
 
 } // namespace
 
@@ -102,6 +122,10 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
         if (argument == "--help") {
             arguments.help = true;
             return arguments;
+        }
+        if (argument == "--list" || argument == "--trace") {
+            (argument == "--list" ? arguments.list : arguments.trace) = true;
+            continue;
         }
         if (argument == "--stats" || argument == "--plain") {
             (argument == "--stats" ? arguments.statistics : arguments.plain) = true;
@@ -145,6 +169,10 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
                 return fail("--color takes auto, never, always, 16, 256 or truecolor, not: " +
                             std::string(value));
             arguments.depth = *depth;
+        } else if (name == "--explain") {
+            arguments.explain = placeOfWord(value);
+            if (!arguments.explain)
+                return fail("--explain takes LINE:COLUMN, both from 1, not: " + std::string(value));
         } else if (name == "--edit-benchmark") {
             if (!number(arguments.editBenchmark) || arguments.editBenchmark == 0)
                 return fail("--edit-benchmark takes a whole number above 0, not: " + std::string(value));
@@ -158,7 +186,7 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
             return fail("unknown option: " + std::string(name));
         }
     }
-    if (arguments.files.empty())
+    if (arguments.files.empty() && !arguments.list)
         return fail("no file given");
     return arguments;
 }

@@ -10,6 +10,12 @@ namespace highlight {
 /// How many colours a terminal shows.
 enum class ColourDepth { None, Sixteen, Palette, True };
 
+/// A place as people name it: line and column, counted from 1. Columns are UTF-16 code units.
+struct Place {
+    std::uint64_t line = 0;
+    std::uint64_t column = 0;
+};
+
 /// What the command line asks for.
 struct Arguments {
     enum class Format { Ansi, Html, Tree, Attributes };
@@ -27,6 +33,9 @@ struct Arguments {
     std::uint64_t repeat = 1;
     std::uint64_t editBenchmark = 0;
     bool plain = false;
+    bool list = false;
+    std::optional<Place> explain;
+    bool trace = false;
     bool help = false;
     std::vector<std::string> files;
 };

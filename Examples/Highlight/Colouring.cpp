@@ -92,7 +92,7 @@ bool isSet(const NSAttributes &attributes, NSAttributeKey key) {
 std::shared_ptr<QVTheme> themeNamed(const std::string &name) {
     if (auto theme = QVTheme::themeWithName(NSString::stringWithUTF8String(name)))
         return theme;
-    const std::string bundled = defaultPackages() + "/Themes/Themes/" + name + ".css";
+    const std::string bundled = bundledThemes() + "/" + name + ".css";
     std::error_code missing;
     const std::string &file = std::filesystem::is_regular_file(bundled, missing) ? bundled : name;
     if (!std::filesystem::exists(file, missing))

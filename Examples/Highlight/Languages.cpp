@@ -32,7 +32,7 @@ std::string textOfError(const NSError &error) {
 
 namespace {
 
-void loadSyntax(const std::string &file) {
+void loadSyntax(const std::string &file, SyntaxFiles &files) {
     std::shared_ptr<NSError> error;
     const auto syntax =
         QVSyntax::initWithContentsOfURL(NSURL::fileURLWithPath(NSString::stringWithUTF8String(file)), &error);
@@ -42,9 +42,10 @@ void loadSyntax(const std::string &file) {
         std::fprintf(stderr, "quorvane-highlight: warning: %s: %s\n", file.c_str(),
                      textOfError(*error).c_str());
     QVSyntax::setSyntax(syntax, syntax->name());
+    files[syntax->name()] = file;
 }
 
-void loadPackages(const std::string &folder, bool usesCache) {
+void loadPackages(const std::string &folder, bool usesCache, SyntaxFiles &files) {
     std::error_code missing;
     if (!fs::is_directory(folder, missing))
         throw Failure{folder + ": no such folder of packages", 1};
@@ -56,6 +57,11 @@ void loadPackages(const std::string &folder, bool usesCache) {
         std::fprintf(stderr, "quorvane-highlight: warning: %s\n",
                      utf8(error->localizedDescription()).c_str());
     QVLoadable::loadPackagesIntoSyntaxEngine({packages.begin(), packages.end()});
+    // What another package had already is not taken.
+    for (const auto &package : packages)
+        for (const auto &[name, syntax] : package->syntaxes())
+            if (QVSyntax::syntaxForName(name) == syntax)
+                files[name] = utf8(package->urlOfSyntax(name).path());
 }
 
 } // namespace
@@ -67,13 +73,17 @@ std::string defaultPackages() {
     return !error && fs::is_directory(installed, error) ? installed.string() : QUORVANE_SOURCE_PACKAGES;
 }
 
-void loadLanguages(const Arguments &arguments) {
+std::string bundledThemes() { return defaultPackages() + "/Themes/Themes"; }
+
+SyntaxFiles loadLanguages(const Arguments &arguments) {
+    SyntaxFiles files;
     // Who tries a syntax file of their own need not have packages.
     if (!arguments.packages.empty() || arguments.syntaxFiles.empty())
         loadPackages(arguments.packages.empty() ? defaultPackages() : arguments.packages,
-                     !arguments.withoutCache);
+                     !arguments.withoutCache, files);
     for (const std::string &file : arguments.syntaxFiles)
-        loadSyntax(file);
+        loadSyntax(file, files);
+    return files;
 }
 
 std::shared_ptr<QVSyntax> syntaxForFile(const Arguments &arguments, const std::string &file,

@@ -4,6 +4,8 @@
 
 #include "Quorvane/Syntaxes/QVSyntax.h"
 
+#include <map>
+
 namespace quorvane {
 class NSError;
 }
@@ -17,9 +19,12 @@ struct Failure {
     int exitCode;
 };
 
+/// The file that each syntax was read from, by the syntax's name.
+using SyntaxFiles = std::map<quorvane::NSString, std::string>;
+
 /// Reads the packages and syntax files that the arguments name and registers their syntaxes. Warnings go to
 /// the standard error stream. Throws `Failure`.
-void loadLanguages(const Arguments &arguments);
+SyntaxFiles loadLanguages(const Arguments &arguments);
 
 /// The syntax that the arguments name, or that the file's name and text tell. Throws `Failure`.
 std::shared_ptr<quorvane::QVSyntax> syntaxForFile(const Arguments &arguments, const std::string &file,
@@ -27,6 +32,8 @@ std::shared_ptr<quorvane::QVSyntax> syntaxForFile(const Arguments &arguments, co
 
 /// The packages of an installed program, else those of the source tree that it was built from.
 std::string defaultPackages();
+/// The folder of the themes that come with them.
+std::string bundledThemes();
 
 /// Everything that an error says, the cause behind it, on one line.
 std::string textOfError(const quorvane::NSError &error);

@@ -8,6 +8,9 @@ namespace highlight {
 std::string ansiText(std::u16string_view text, const std::vector<Run> &runs,
                      const quorvane::NSAttributes &defaults, ColourDepth depth);
 
+/// What a look adds to plain text, in words: "color=#rrggbb background=#rrggbb bold ..."; empty for nothing.
+std::string textOfLook(const Look &look);
+
 /// One line for each run: its place and length, and what it looks like.
 std::string attributesText(const std::vector<Run> &runs, const quorvane::NSAttributes &defaults);
 

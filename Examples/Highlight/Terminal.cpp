@@ -105,20 +105,27 @@ std::string ansiText(std::u16string_view text, const std::vector<Run> &runs, con
     return output;
 }
 
+std::string textOfLook(const Look &look) {
+    std::string output;
+    const auto add = [&output](const std::string &word) { output += (output.empty() ? "" : " ") + word; };
+    if (look.foreground)
+        add("color=" + hexadecimal(*look.foreground));
+    if (look.background)
+        add("background=" + hexadecimal(*look.background));
+    for (const auto &[isSet, word] :
+         {std::pair(look.bold, "bold"), std::pair(look.italic, "italic"),
+          std::pair(look.underlined, "underline"), std::pair(look.struckThrough, "line-through")})
+        if (isSet)
+            add(word);
+    return output;
+}
+
 std::string attributesText(const std::vector<Run> &runs, const NSAttributes &defaults) {
     std::string output;
     for (const Run &run : runs) {
         output += std::to_string(run.range.location) + " " + std::to_string(run.range.length);
-        const Look look = lookOfAttributes(run.attributes, defaults);
-        if (look.foreground)
-            output += " color=" + hexadecimal(*look.foreground);
-        if (look.background)
-            output += " background=" + hexadecimal(*look.background);
-        for (const auto &[isSet, word] :
-             {std::pair(look.bold, " bold"), std::pair(look.italic, " italic"),
-              std::pair(look.underlined, " underline"), std::pair(look.struckThrough, " line-through")})
-            if (isSet)
-                output += word;
+        const std::string look = textOfLook(lookOfAttributes(run.attributes, defaults));
+        output += (look.empty() ? "" : " ") + look;
         if (const NSAttributeValue *const lexicalClass =
                 run.attributes.valueForKey(QVLexicalClassAttributeName))
             output += " class=" + lexicalClass->stringValue().UTF8String();

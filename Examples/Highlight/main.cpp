@@ -2,8 +2,10 @@
 
 #include "Arguments.h"
 #include "Colouring.h"
+#include "Inspection.h"
 #include "Languages.h"
 #include "Output.h"
+#include "Progress.h"
 
 #include "Host/QVMatchTreeText.h"
 #include "Platform/Foundation/NSData.h"
@@ -75,6 +77,8 @@ struct Document {
     std::vector<double> parseTimes;
     std::vector<PageTheme> themes;
     std::vector<double> attributesTimes;
+    /// Where an explanation is asked for.
+    std::optional<NSUInteger> explained;
 };
 
 void printStatistics(const Document &document, double loadTime) {
@@ -95,7 +99,7 @@ void printStatistics(const Document &document, double loadTime) {
 
 /// Times letters typed at places spread over the text, each from the edit to its runs and taken out again,
 /// beside what moving the text itself costs.
-void runEditBenchmark(const Document &document, std::uint64_t count) {
+std::string editBenchmark(const Document &document, std::uint64_t count) {
     QVParse &parse = *document.parse;
     std::u16string bare(parse.string());
     bare.reserve(bare.size() + 1);
@@ -119,28 +123,38 @@ void runEditBenchmark(const Document &document, std::uint64_t count) {
     }
     std::sort(edits.begin(), edits.end());
     std::sort(moves.begin(), moves.end());
-    std::fprintf(stderr, "edit-us-median: %.1f\nedit-us-p99: %.1f\nmove-us-median: %.1f\nmove-us-p99: %.1f\n",
-                 edits[edits.size() / 2], edits[edits.size() * 99 / 100], moves[moves.size() / 2],
-                 moves[moves.size() * 99 / 100]);
+    char figures[160];
+    std::snprintf(figures, sizeof figures,
+                  "edit-us-median: %.1f\nedit-us-p99: %.1f\nmove-us-median: %.1f\nmove-us-p99: %.1f\n",
+                  edits[edits.size() / 2], edits[edits.size() * 99 / 100], moves[moves.size() / 2],
+                  moves[moves.size() * 99 / 100]);
+    return figures;
 }
+
+std::string nameOfFile(const std::string &file) { return file == "-" ? "standard input" : file; }
 
 std::vector<std::string> themeNames(const Arguments &arguments) {
     if (!arguments.theme.empty())
         return {arguments.theme};
-    return arguments.format == Arguments::Format::Html ? std::vector<std::string>{"Daylight", "Dusk"}
-                                                       : std::vector<std::string>{"Dusk"};
+    return arguments.format == Arguments::Format::Html && !arguments.explain
+               ? std::vector<std::string>{"Daylight", "Dusk"}
+               : std::vector<std::string>{"Dusk"};
 }
 
-std::string outputOfDocument(const Arguments &arguments, const std::string &file, const Document &document) {
+std::string outputOfDocument(const Arguments &arguments, const std::string &file, const Document &document,
+                             ScopePlaces &places) {
     const PageTheme *const theme = document.themes.empty() ? nullptr : &document.themes.front();
     const std::u16string_view text = document.parse->string();
+    if (document.explained)
+        return explanationText(*document.parse, *document.explained, nameOfFile(file), theme->runs,
+                               theme->defaults, places);
     switch (arguments.format) {
     case Arguments::Format::Tree:
         return QVMatchTreeText(*document.parse);
     case Arguments::Format::Attributes:
         return attributesText(theme->runs, theme->defaults);
     case Arguments::Format::Html:
-        return pageText(text, file == "-" ? "standard input" : file, document.themes);
+        return pageText(text, nameOfFile(file), document.themes);
     case Arguments::Format::Ansi:
         break;
     }
@@ -148,13 +162,17 @@ std::string outputOfDocument(const Arguments &arguments, const std::string &file
                  : NSString(text).UTF8String();
 }
 
-void highlightFile(const Arguments &arguments, const std::string &file, double loadTime) {
+void highlightFile(const Arguments &arguments, const std::string &file, const SyntaxFiles &syntaxFiles,
+                   double loadTime) {
     Document document;
     document.text = readText(file);
+    if (arguments.explain)
+        document.explained = TextPlaces(document.text).locationOfPlace(*arguments.explain, nameOfFile(file));
     const std::shared_ptr<QVSyntax> syntax = syntaxForFile(arguments, file, document.text);
     const auto controller = QVThemeController::sharedController();
     // The tree has no colours; all else needs a theme, before the text is parsed and its languages come up.
-    const bool isColoured = arguments.format != Arguments::Format::Tree || arguments.editBenchmark != 0;
+    const bool isColoured = arguments.format != Arguments::Format::Tree || arguments.editBenchmark != 0 ||
+                            arguments.explain.has_value();
     if (isColoured)
         for (const std::string &name : themeNames(arguments)) {
             const auto theme = themeNamed(name);
@@ -162,6 +180,7 @@ void highlightFile(const Arguments &arguments, const std::string &file, double l
         }
     if (isColoured)
         controller->setCurrentTheme(document.themes.front().theme);
+    std::optional<Progress> progress(std::in_place, nameOfFile(file), "parsing");
     for (std::uint64_t turn = 0; turn < arguments.repeat; ++turn) {
         document.parse.reset();
         const Clock::time_point start = Clock::now();
@@ -170,12 +189,14 @@ void highlightFile(const Arguments &arguments, const std::string &file, double l
         QVParse &parse = *document.parse;
         parse.setMaximumLineLength(arguments.maximumLineLength);
         parse.setRemembersSearches(!arguments.plain);
+        parse.setPerformanceCollectionEnabled(arguments.trace);
         parse.performWritingBlockAndWait([&] {
             parse.replaceCharactersInRange({0, 0}, document.text, nullptr);
         });
         document.parseTimes.push_back(milliseconds(Clock::now() - start));
     }
     document.parse->performReadingBlockAndWait([&] {
+        progress->setStep("colouring");
         const NSRange all{0, document.text.length()};
         for (std::size_t index = 0; index < document.themes.size(); ++index) {
             PageTheme &theme = document.themes[index];
@@ -188,14 +209,22 @@ void highlightFile(const Arguments &arguments, const std::string &file, double l
                     document.attributesTimes.push_back(milliseconds(Clock::now() - start));
             }
         }
-        const std::string output = outputOfDocument(arguments, file, document);
+        ScopePlaces places(syntaxFiles);
+        const std::string output = outputOfDocument(arguments, file, document, places);
+        progress.reset();
         std::fwrite(output.data(), 1, output.size(), stdout);
         if (arguments.statistics)
             printStatistics(document, loadTime);
+        if (arguments.trace)
+            std::fputs(traceText(*document.parse, places).c_str(), stderr);
     });
     if (arguments.editBenchmark != 0)
-        document.parse->performWritingBlockAndWait(
-            [&] { runEditBenchmark(document, arguments.editBenchmark); });
+        document.parse->performWritingBlockAndWait([&] {
+            progress.emplace(nameOfFile(file), "timing edits");
+            const std::string figures = editBenchmark(document, arguments.editBenchmark);
+            progress.reset();
+            std::fputs(figures.c_str(), stderr);
+        });
 }
 
 } // namespace
@@ -213,10 +242,12 @@ int main(int argc, char **argv) {
     }
     try {
         const Clock::time_point start = Clock::now();
-        loadLanguages(*arguments);
+        const SyntaxFiles syntaxFiles = loadLanguages(*arguments);
         const double loadTime = milliseconds(Clock::now() - start);
+        if (arguments->list)
+            std::fputs(listText(syntaxFiles).c_str(), stdout);
         for (const std::string &file : arguments->files)
-            highlightFile(*arguments, file, loadTime);
+            highlightFile(*arguments, file, syntaxFiles, loadTime);
     } catch (const Failure &failure) {
         std::fprintf(stderr, "quorvane-highlight: %s\n", failure.message.c_str());
         return failure.exitCode;

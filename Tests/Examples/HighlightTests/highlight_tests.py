@@ -3,45 +3,11 @@
 Usage: highlight_tests.py PROGRAM
 """
 
-import os
-import pathlib
 import re
 import subprocess
-import sys
-import tempfile
 import unittest
 
-PROGRAM = None
-SOURCE = pathlib.Path(__file__).resolve().parents[3]
-
-# A language with a region that has captures at both ends, a leaf with a capture and a plain leaf.
-TINY = """<?xml version="1.0" encoding="UTF-8"?>
-<syntax name="tiny">
-    <detectors>
-        <extension priority="1.0">tiny</extension>
-        <match-content lines="1" priority="0.9">^#!tiny</match-content>
-    </detectors>
-    <scopes>
-        <scope name="string">
-            <starts-with>
-                <expression>(")</expression>
-                <capture number="1" name="string.start"/>
-            </starts-with>
-            <ends-with>
-                <expression>(")</expression>
-                <capture number="1" name="string.end"/>
-            </ends-with>
-            <subscopes>
-                <scope name="string.escape">
-                    <expression>\\\\(.)</expression>
-                    <capture number="1" name="string.escaped"/>
-                </scope>
-            </subscopes>
-        </scope>
-        <scope name="comment"><expression>//.*</expression></scope>
-    </scopes>
-</syntax>
-"""
+from fixture import PROGRAM, SOURCE, THEME, TINY, HighlightCase
 
 # Another one, for what has more than one language.
 OTHER = """<syntax name="other">
@@ -50,68 +16,10 @@ OTHER = """<syntax name="other">
 </syntax>
 """
 
-# Colours whose places in all palettes are known: pure red is 196 of the 256 and nearest to 31 of the sixteen.
-THEME = """meta { -theme-interface-style: dark; }
-meta.document { background: #101010; }
-meta.text { color: #eeeeee; }
-string { color: #ff0000; font-weight: bold; }
-comment { color: #00ff00; background: #0000ff; text-decoration: underline solid; }
-"""
-
 ESCAPES = re.compile(rb"\x1b\[[0-9;]*m")
 
 
-class HighlightTests(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.tiny = self.write("Packages/Tiny/Syntaxes/tiny.xml", TINY)
-        self.write("Packages/Tiny/package.json", '{"identifier": "tiny"}')
-        self.cache = self.folder / "cache"
-        self.environment = {**os.environ, "XDG_CACHE_HOME": str(self.cache)}
-        self.packages = self.folder / "Packages"
-
-    def write(self, name, content):
-        path = self.folder / name
-        path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_bytes(content if isinstance(content, bytes) else content.encode())
-        return path
-
-    def run_program(self, *arguments, text=b""):
-        return subprocess.run([PROGRAM, *map(str, arguments)], input=text, capture_output=True, timeout=60,
-                              env=self.environment)
-
-    def run_tiny(self, *arguments, text=b""):
-        return self.run_program("--packages", self.packages, *arguments, text=text)
-
-    def succeed(self, *arguments, text=b""):
-        result = self.run_tiny(*arguments, text=text)
-        self.assertEqual(result.returncode, 0, result.stderr)
-        return result
-
-    def tree(self, *arguments, text=b""):
-        result = self.succeed("--syntax", "tiny", "--format", "tree", *arguments, "-", text=text)
-        self.assertEqual(result.stderr, b"")
-        return result.stdout.decode()
-
-    def statistics(self, *arguments, text=b""):
-        """The names and values of --stats, in order."""
-        result = self.succeed("--syntax", "tiny", "--stats", *arguments, "-", text=text)
-        pairs = [line.split(": ") for line in result.stderr.decode().splitlines()]
-        self.assertTrue(all(len(pair) == 2 for pair in pairs), pairs)
-        return dict(pairs), [pair[0] for pair in pairs]
-
-    def assert_fails(self, result, exit_code, *parts):
-        """One line on the standard error stream that begins with the program's name, and no output."""
-        error = result.stderr.decode()
-        self.assertEqual(result.returncode, exit_code, error)
-        self.assertEqual(len(error.splitlines()), 1, error)
-        self.assertTrue(error.startswith("quorvane-highlight: ") and error.endswith("\n"), error)
-        for part in parts:
-            self.assertIn(str(part), error)
-        self.assertEqual(result.stdout, b"")
-
+class HighlightTests(HighlightCase):
     # What is printed
 
     def test_the_tree_is_one_node_a_line_with_captures_around_the_children(self):
@@ -244,8 +152,8 @@ class HighlightTests(unittest.TestCase):
     def test_help_goes_to_the_standard_output(self):
         result = self.run_program("--help")
         self.assertEqual((result.returncode, result.stderr), (0, b""))
-        for option in ("--packages", "--no-cache", "--syntax-file", "--syntax ", "--format", "--max-line", "--stats",
-                       "--repeat"):
+        for option in ("--packages", "--no-cache", "--syntax-file", "--syntax ", "--format", "--list", "--explain LINE:COLUMN",
+                       "--max-line", "--stats", "--trace", "--repeat"):
             self.assertIn(option, result.stdout.decode())
 
     # Text that comes in
@@ -514,5 +422,4 @@ class HighlightTests(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    PROGRAM = sys.argv.pop(1)
     unittest.main()
