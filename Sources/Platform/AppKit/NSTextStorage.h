@@ -15,7 +15,8 @@ inline constexpr NSTextStorageEditActions NSTextStorageEditedCharacters = 2;
 ///
 /// Fixing makes attributes consistent. The base gives each paragraph the paragraph style of its first
 /// character and takes attachments off characters other than U+FFFC. It substitutes no fonts: what a font
-/// lacks is found when lines are laid out.
+/// lacks is found when lines are laid out. Only CR, LF and CR LF end a paragraph; of one that is longer than
+/// `limits::paragraphFixingReach`, each place is fixed by what stands that far before it.
 ///
 /// Main thread.
 class QV_EXPORT NSTextStorage : public NSMutableAttributedString {
@@ -32,22 +33,26 @@ public:
 
     // What was edited since the bracket began; meaningful in `processEditing`.
 
-    NSTextStorageEditActions editedMask() const { return _editedMask; }
+    NSTextStorageEditActions editedMask() const { return _edit.mask; }
     /// Covers all edits, in the text as it is now; `{NSNotFound, 0}` when nothing was edited.
-    NSRange editedRange() const { return _editedRange; }
-    NSInteger changeInLength() const { return _changeInLength; }
+    NSRange editedRange() const { return _edit.range; }
+    NSInteger changeInLength() const { return _edit.changeInLength; }
 
     /// Marks the edited range's attributes as not fixed, or fixes them at once in storages that aren't lazy.
-    /// What was edited is forgotten when the outermost override returns.
+    /// What was edited is forgotten when the outermost override returns. What an override changes before it
+    /// calls this one counts as part of the edit; what is changed behind it (by those who are told, say)
+    /// makes another round of its own when this one is over.
     virtual void processEditing();
 
     // Fixing attributes
 
     /// False: attributes are fixed in `processEditing`.
     virtual bool fixesAttributesLazily() const { return false; }
-    /// Makes the attributes of a range consistent.
+    /// Makes the attributes of a range consistent. While it runs for a reader, changes of attributes are no
+    /// edits: nobody has seen the text without them.
     virtual void fixAttributesInRange(NSRange range);
-    /// Fixes what isn't yet in the range. Storages that are not lazy have nothing to do.
+    /// Fixes what isn't yet in the range, and some of what lies around it, so that readers who go from
+    /// character to character pay once for many. Storages that are not lazy have nothing to do.
     virtual void ensureAttributesAreFixedInRange(NSRange range);
     /// The range's attributes are fixed again before they are read.
     virtual void invalidateAttributesInRange(NSRange range);
@@ -58,6 +63,9 @@ protected:
     NSTextStorage();
     ~NSTextStorage() override;
 
+    /// Fixes what is about to be read, in lazy storages.
+    void prepareToReadAttributesInRange(NSRange range) const override;
+
     // The steps of `fixAttributesInRange`.
 
     /// Does nothing: the base substitutes no fonts.
@@ -66,12 +74,27 @@ protected:
     virtual void fixAttachmentAttributeInRange(NSRange range);
 
 private:
-    void noteEdit(NSRange range, NSInteger changeInLength);
+    struct Edit {
+        NSTextStorageEditActions mask = 0;
+        NSRange range = NSNotFoundRange;
+        NSInteger changeInLength = 0;
+    };
+    enum class Round { None, Processing, Telling };
+    class Fixing;
 
-    NSTextStorageEditActions _editedMask = 0;
-    NSRange _editedRange = {NSNotFound, 0};
-    NSInteger _changeInLength = 0;
+    void processGatheredEdits();
+    NSRange rangeToFixBehindEdit() const;
+    void moveUnfixedRanges(NSRange range, NSInteger changeInLength);
+    bool isUnfixed(NSUInteger index) const;
+    /// Takes a range off those that aren't fixed.
+    void removeUnfixedRange(NSRange range);
+
+    Edit _edit;
+    /// What was edited while those who hear of `_edit` were told.
+    Edit _nextEdit;
+    Round _round = Round::None;
     NSUInteger _editingDepth = 0;
+    NSUInteger _lazyFixingDepth = 0;
     /// Where attributes are not fixed: sorted, apart from each other, moved along with each edit.
     std::vector<NSRange> _unfixedRanges;
 };

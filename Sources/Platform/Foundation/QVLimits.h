@@ -72,6 +72,10 @@ inline constexpr std::size_t themeStylesAndProperties = 1u << 16;
 /// deeply than this never end.
 inline constexpr std::size_t dispatchThreads = 512;
 
+/// Units of a paragraph that are looked at, to either side, for where it begins and ends when its style is
+/// fixed: typing in a line of megabytes must not cost a walk along it.
+inline constexpr std::size_t paragraphFixingReach = 10000;
+
 /// Pixels along one side of a bitmap; the drawing library counts them in 16 bits.
 inline constexpr std::size_t bitmapSide = 32767;
 /// Pixels of a bitmap, of four bytes each.
