@@ -342,7 +342,8 @@ Edit RandomEdits::next(const QVParse &parse) {
 // The law
 
 ReparseLaw::ReparseLaw(std::shared_ptr<QVSyntax> syntax, std::u16string text, NSUInteger maximumLineLength)
-    : _syntax(std::move(syntax)), _text(std::move(text)), _maximumLineLength(maximumLineLength) {
+    : _syntax(std::move(syntax)), _text(std::move(text)), _texts{_text},
+      _maximumLineLength(maximumLineLength) {
     _parse = freshParse();
 }
 
@@ -350,6 +351,16 @@ std::shared_ptr<QVParse> ReparseLaw::freshParse() const {
     auto parse = QVParse::initWithSyntax(_syntax, _text.size(), QVParseMainQueueConcurrencyType);
     parse->setMaximumLineLength(_maximumLineLength);
     parse->performWritingBlockAndWait([&] { parse->replaceCharactersInRange({0, 0}, _text, nullptr); });
+    return parse;
+}
+
+std::shared_ptr<QVParse> ReparseLaw::freshParseWithKnownIncludes() const {
+    auto parse = QVParse::initWithSyntax(_syntax, _text.size(), QVParseMainQueueConcurrencyType);
+    parse->setMaximumLineLength(_maximumLineLength);
+    for (const std::u16string &text : _texts)
+        parse->performWritingBlockAndWait([&] {
+            parse->replaceCharactersInRange({0, parse->string().size()}, text, nullptr);
+        });
     return parse;
 }
 
@@ -379,6 +390,7 @@ std::string ReparseLaw::problemOfEdit(const Edit &edit) {
     const bool wasEmpty = _parse->rootMatch()->submatches().isEmpty();
     std::string excuse = excuseOfTree(*_parse);
     _text.replace(edit.range.location, edit.range.length, edit.text);
+    _texts.push_back(_text);
     std::string problem;
     try {
         _parse->performWritingBlockAndWait(
@@ -407,10 +419,14 @@ std::string ReparseLaw::problemOfEdit(const Edit &edit) {
         !std::equal(after.begin(), after.begin() + static_cast<std::ptrdiff_t>(_answer.location),
                     before.begin()))
         excuse = "a pattern looks over lines";
+    if (!problem.empty() && excuse.empty() &&
+        differenceOfTrees(*_parse, *freshParseWithKnownIncludes()).empty())
+        excuse = "an include stays what its first use made of it";
     if (problem.empty() || excuse.empty())
         return problem;
     ++_excusedCount;
     _parse = fresh;
+    _texts = {_text};
     return "";
 }
 

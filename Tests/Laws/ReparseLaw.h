@@ -65,7 +65,8 @@ public:
 
     /// Empty where the law holds. Where the rules excuse a difference, the tree is parsed anew: also where a
     /// fresh parse sees other matches in the lines before those that an edit parses again, which only a
-    /// pattern can bring about that looks over lines, or an include that was resolved anew.
+    /// pattern can bring about that looks over lines, and where a parse that knows its includes from the same
+    /// texts gives the edited tree, though it parsed each of them as a whole.
     std::string problemOfEdit(const Edit &edit);
 
     QVParse &parse() { return *_parse; }
@@ -77,9 +78,13 @@ private:
     std::string problemOfTree(const QVParse &fresh) const;
     NSUInteger firstLocation(const Edit &edit) const;
     std::shared_ptr<QVParse> freshParse() const;
+    /// A parse of the text that resolved its includes where they were first used since the last fresh parse.
+    std::shared_ptr<QVParse> freshParseWithKnownIncludes() const;
 
     std::shared_ptr<QVSyntax> _syntax;
     std::u16string _text;
+    /// What the parse held since it was fresh, the present text last.
+    std::vector<std::u16string> _texts;
     NSUInteger _maximumLineLength;
     std::shared_ptr<QVParse> _parse;
     NSRange _answer{};
