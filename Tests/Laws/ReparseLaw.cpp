@@ -214,7 +214,17 @@ bool hasSeveralLines(const QVScopeMatch &match) {
     return false;
 }
 
+/// A line that is too long stands in a sequence as unknown text that is none of its steps.
+bool hasLineThatWasTooLong(const QVScopeMatch &match) {
+    for (const QVScopeMatch *const child : match.submatches())
+        if (child->scope()->type() == QVScopeTypeUnknown)
+            return true;
+    return false;
+}
+
 std::string excuseOfMatch(const QVScopeMatch &match) {
+    if (match.scope()->usesAnchoredSubscopeMatching() && hasLineThatWasTooLong(match))
+        return "the replay of a sequence passes its steps over at a line that is too long";
     if (std::unordered_set<const QVScope *> known; match.scope()->usesAnchoredSubscopeMatching() &&
                                                    hasSeveralLines(match) &&
                                                    canLoseRegion(sequenceOf(match), known))

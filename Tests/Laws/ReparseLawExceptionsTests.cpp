@@ -12,13 +12,14 @@ using namespace quorvane::test;
 
 namespace {
 
-std::string freshTree(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text) {
-    return QVMatchTreeText(*parseOfText(syntax, text));
+std::string freshTree(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text,
+                      NSUInteger maximumLineLength = 0) {
+    return QVMatchTreeText(*parseOfText(syntax, text, maximumLineLength));
 }
 
 std::string editedTree(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view text, NSRange range,
-                       std::u16string_view replacement) {
-    const auto parse = parseOfText(syntax, text);
+                       std::u16string_view replacement, NSUInteger maximumLineLength = 0) {
+    const auto parse = parseOfText(syntax, text, maximumLineLength);
     parse->performWritingBlockAndWait([&] { parse->replaceCharactersInRange(range, replacement, nullptr); });
     return QVMatchTreeText(*parse);
 }
@@ -93,4 +94,26 @@ TEST(ReparseLawExceptions, ARegionThatCameToNothingIsMissedByTheReplayOfItsSeque
                                                              "  Newline test.newline [4,1]\n"
                                                              "  Unknown test.unknown [5,2]\n");
     EXPECT_NE(excuseOfTree(*parseOfText(syntax, u"(b\nc\ndx")), "");
+}
+
+/// The second line is too long for patterns. Its unknown text is none of the sequence's steps: going on at
+/// line three, the replay passes over "b" and then "c" in search of the step that it was, and nothing is left
+/// of the sequence. A fresh parse is still at "b" there.
+TEST(ReparseLawExceptions, ALineThatIsTooLongIsTakenForAStepByTheReplayOfItsSequence) {
+    const auto syntax = syntaxWithScopes(sequence(single("b", "b", optional) + single("c", "c", optional)));
+    EXPECT_EQ(freshTree(syntax, u"(\nxxxxxx\n\nb", 5), "Root test.root -\n"
+                                                       "  StartEnd r [0,1] end[11,0]\n"
+                                                       "    Newline test.newline [1,1]\n"
+                                                       "    Unknown test.unknown [2,6]\n"
+                                                       "    Newline test.newline [8,1]\n"
+                                                       "    Newline test.newline [9,1]\n"
+                                                       "    Match b [10,1]\n");
+    EXPECT_EQ(editedTree(syntax, u"(\nxxxxxx\n\nc", {10, 1}, u"b", 5), "Root test.root -\n"
+                                                                       "  StartEnd r [0,1] end[9,0]\n"
+                                                                       "    Newline test.newline [1,1]\n"
+                                                                       "    Unknown test.unknown [2,6]\n"
+                                                                       "    Newline test.newline [8,1]\n"
+                                                                       "  Newline test.newline [9,1]\n"
+                                                                       "  Unknown test.unknown [10,1]\n");
+    EXPECT_NE(excuseOfTree(*parseOfText(syntax, u"(\nxxxxxx\n\nb", 5)), "");
 }
