@@ -46,6 +46,10 @@ private:
 /// `willChangeValueForKey` and `didChangeValueForKey` around a change; observers are told in the second, on
 /// the same thread, in the order they were added. A key that nobody knows can be observed and never changes.
 ///
+/// An observer may add and remove others while it is told, and let go of the object: one that is removed
+/// before its turn is not told, one that is added is not told of the running change. An exception of an
+/// observer reaches who made the change; those behind it are not told.
+///
 /// One thread at a time, as the object itself.
 class QV_EXPORT NSKeyValueObserving {
 public:
@@ -61,8 +65,9 @@ public:
                                                     NSKeyValueObservingOptions options, Observer observer,
                                                     const void *context = nullptr);
 
-    /// The two can be nested; a change of a key that others depend on is one of theirs too. The observers of
-    /// an object that nobody observes cost one test.
+    /// The two can be nested: of several changes of one value observers are told once, when the outermost is
+    /// over. A change of a key that others depend on is one of theirs too. For an object that nobody observes
+    /// both cost one test.
     void willChangeValueForKey(std::u16string_view key);
     void didChangeValueForKey(std::u16string_view key);
 
@@ -75,8 +80,15 @@ public:
     virtual std::set<NSString> keyPathsForValuesAffectingValueForKey(const NSString &key) const;
 
 private:
+    friend struct NSKeyValueObservation::State;
     struct Table;
-    std::unique_ptr<Table> _observers;
+    /// Objects and paths that an observation stands on already, so that circles end.
+    using Subscribed = std::set<std::pair<const NSKeyValueObserving *, NSString>>;
+    void subscribe(const NSString &path, const std::shared_ptr<NSKeyValueObservation::State> &state,
+                   Subscribed &subscribed);
+
+    /// Null until somebody observes.
+    std::shared_ptr<Table> _observers;
 };
 
 } // namespace quorvane
