@@ -3,6 +3,7 @@
 #include "Platform/CoreGraphics/CGGeometry.h"
 #include "Platform/Foundation/NSCoder.h"
 
+#include <array>
 #include <vector>
 
 namespace quorvane {
@@ -60,11 +61,17 @@ public:
     static const NSCodingClass &codingClass();
     const NSCodingClass &classForCoder() const override { return codingClass(); }
     void encodeWithCoder(NSCoder &coder) const override;
-    /// Numbers that are not finite read as 0.
+    /// Numbers that are not finite, and break modes that nobody knows, read as 0; tabulators are put in
+    /// order.
     std::shared_ptr<NSSecureCoding> initWithCoder(NSCoder &coder,
                                                   std::shared_ptr<NSSecureCoding> self) override;
 
 private:
+    std::array<CGFloat, 7> lengths() const {
+        return {_defaultTabInterval, _lineSpacing,         _lineHeightMultiple, _minimumLineHeight,
+                _maximumLineHeight,  _firstLineHeadIndent, _headIndent};
+    }
+
     std::vector<CGFloat> _tabStops;
     CGFloat _defaultTabInterval = 0;
     NSLineBreakMode _lineBreakMode = NSLineBreakByWordWrapping;
