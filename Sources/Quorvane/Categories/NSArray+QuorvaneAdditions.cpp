@@ -2,18 +2,12 @@
 
 namespace quorvane {
 
-namespace {
-
-bool merge(NSRange a, NSRange b) {
-    if (a.location == b.location && a.length == 0)
-        return true;
-    if (a.length == 0)
-        return false;
-    // Sorted by location, so that reaching b's location is all there is to check.
-    return b.location <= NSMaxRange(a);
+bool QVShouldMergeSortedRanges(NSRange first, NSRange second) {
+    if (first.length == 0)
+        return first.location == second.location;
+    // Sorted by location, so that reaching the second one's location is all there is to check.
+    return second.location <= NSMaxRange(first);
 }
-
-} // namespace
 
 void QVCheckListRange(NSRange range, NSUInteger count) {
     if (range.location > count || range.length > count - range.location)
@@ -27,7 +21,7 @@ std::vector<NSRange> qv_sortedRangesForRanges(std::span<const NSRange> ranges) {
     std::sort(sorted.begin(), sorted.end(), [](NSRange a, NSRange b) { return a.location < b.location; });
     std::size_t kept = 0;
     for (std::size_t next = 1; next < sorted.size(); ++next) {
-        if (merge(sorted[kept], sorted[next]))
+        if (QVShouldMergeSortedRanges(sorted[kept], sorted[next]))
             sorted[kept] = NSUnionRange(sorted[kept], sorted[next]);
         else
             sorted[++kept] = sorted[next];

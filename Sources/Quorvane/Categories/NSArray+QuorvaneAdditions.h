@@ -17,6 +17,10 @@ using NSEnumerationOptions = std::uint64_t;
 /// From the last object to the first.
 inline constexpr NSEnumerationOptions NSEnumerationReverse = 2;
 
+/// Whether two ranges, the first of which does not stand behind the second, are to become one: when neither
+/// is empty and they overlap or touch, when the second is empty and lies in the first or at its end, and when
+/// the first is empty and both have the same location.
+QV_EXPORT bool QVShouldMergeSortedRanges(NSRange first, NSRange second);
 /// The ranges sorted by location, with those merged that overlap or touch. An empty range goes into one that
 /// it lies in or touches the end of, and into another at its own location; an empty range elsewhere stays.
 QV_EXPORT std::vector<NSRange> qv_sortedRangesForRanges(std::span<const NSRange> ranges);
