@@ -21,8 +21,8 @@ constexpr QVRegularExpressionOptions commonOptions = QVRegularExpressionMultilin
 /// what a blank means. Looking for the spelling finds a few harmless patterns too, which are then asked one
 /// by one.
 bool mayDependOnItsSurroundings(std::u16string_view pattern) {
-    for (const std::u16string_view spelling : {u"\\g", u"\\k", u"\\Q", u"\\E", u"(*", u"(?R", u"(?&", u"(?P",
-                                               u"(?(", u"(?C", u"(?+", u"(?#"})
+    for (const std::u16string_view spelling :
+         {u"\\g", u"\\k", u"\\Q", u"\\E", u"(*", u"(?R", u"(?&", u"(?P", u"(?(", u"(?C", u"(?+", u"(?#"})
         if (pattern.find(spelling) != pattern.npos)
             return true;
     for (std::size_t at = pattern.find(u"(?"); at != pattern.npos; at = pattern.find(u"(?", at + 2)) {
@@ -38,34 +38,10 @@ bool mayDependOnItsSurroundings(std::u16string_view pattern) {
     return false;
 }
 
-/// Objects by the expressions they were made of, which are kept by nobody here: grammars come and go.
-struct Entry {
-    std::vector<std::weak_ptr<const QVRegularExpression>> expressions;
-    std::weak_ptr<const QVCombinedExpression> combined;
-
-    bool isOf(QVCombinedExpression::Expressions others) const {
-        return std::equal(expressions.begin(), expressions.end(), others.begin(), others.end(),
-                          [](const auto &weak, const auto &shared) {
-                              return !weak.owner_before(shared) && !shared.owner_before(weak);
-                          });
-    }
-};
-
-struct Table {
-    std::mutex lock;
-    std::unordered_multimap<std::size_t, Entry> entries;
-};
-
-Table &table() {
-    static auto *const instance = new Table;
+/// Guards what all expressions keep.
+std::mutex &keptLock() {
+    static auto *const instance = new std::mutex;
     return *instance;
-}
-
-std::size_t hashOfExpressions(QVCombinedExpression::Expressions expressions) {
-    std::size_t hash = expressions.size();
-    for (const auto &expression : expressions)
-        hash = hash * 31 + std::hash<const void *>()(expression.get());
-    return hash;
 }
 
 } // namespace
@@ -80,25 +56,36 @@ std::shared_ptr<const QVCombinedExpression>
 QVCombinedExpression::combinedExpressionForExpressions(Expressions expressions) {
     if (expressions.empty() || expressions.size() > maximumExpressions)
         return nullptr;
-    const std::size_t hash = hashOfExpressions(expressions);
+    auto &kept = expressions.front()->_combinedExpressions;
     {
-        const std::lock_guard guard(table().lock);
-        auto [entry, end] = table().entries.equal_range(hash);
-        while (entry != end) {
-            auto combined = entry->second.combined.lock();
-            if (combined && entry->second.isOf(expressions))
-                return combined;
-            entry = combined ? std::next(entry) : table().entries.erase(entry);
-        }
+        const std::lock_guard guard(keptLock());
+        const auto known = std::find_if(kept.begin(), kept.end(),
+                                        [&](const auto &combined) { return combined->isOf(expressions); });
+        if (known != kept.end())
+            return *known;
     }
     // Outside of the lock, so that one thread's first use of a language never holds up another's.
     ::pcre2_real_code_16 *const code = compile(expressions);
     if (code == nullptr)
         return nullptr;
-    std::shared_ptr<const QVCombinedExpression> combined(new QVCombinedExpression(code));
-    const std::lock_guard guard(table().lock);
-    table().entries.emplace(hash, Entry{{expressions.begin(), expressions.end()}, combined});
+    std::shared_ptr<const QVCombinedExpression> combined(new QVCombinedExpression(code, expressions));
+    const std::lock_guard guard(keptLock());
+    // Lists with patterns of languages that went are asked for by nobody any more.
+    std::erase_if(kept, [](const auto &other) { return other->isForsaken(); });
+    kept.push_back(combined);
     return combined;
+}
+
+bool QVCombinedExpression::isOf(Expressions others) const {
+    return std::equal(_expressions.begin(), _expressions.end(), others.begin(), others.end(),
+                      [](const auto &weak, const auto &shared) {
+                          return !weak.owner_before(shared) && !shared.owner_before(weak);
+                      });
+}
+
+bool QVCombinedExpression::isForsaken() const {
+    return std::any_of(_expressions.begin(), _expressions.end(),
+                       [](const auto &expression) { return expression.expired(); });
 }
 
 QVCombinedExpression::~QVCombinedExpression() { pcre2_code_free_16(_code); }

@@ -18,9 +18,11 @@ public:
     /// depends on nothing but the text around the place where it is tried.
     static bool canCombine(const QVRegularExpression &expression);
 
-    /// One object for the same expressions in the same order, as long as anybody has it. Each must pass
-    /// `canCombine`. Null where the machine code can't be made.
-    static std::shared_ptr<const QVCombinedExpression> combinedExpressionForExpressions(Expressions expressions);
+    /// One object for the same expressions in the same order, kept for as long as the first of them lives:
+    /// the next document in a language finds it ready. Each must pass `canCombine`. Null where the machine
+    /// code can't be made.
+    static std::shared_ptr<const QVCombinedExpression>
+    combinedExpressionForExpressions(Expressions expressions);
     ~QVCombinedExpression();
     QVCombinedExpression(const QVCombinedExpression &) = delete;
     QVCombinedExpression &operator=(const QVCombinedExpression &) = delete;
@@ -41,10 +43,16 @@ public:
                            QVRegularExpressionMatchContext &context) const;
 
 private:
-    explicit QVCombinedExpression(::pcre2_real_code_16 *code) : _code(code) {}
+    QVCombinedExpression(::pcre2_real_code_16 *code, Expressions expressions)
+        : _code(code), _expressions(expressions.begin(), expressions.end()) {}
+    bool isOf(Expressions others) const;
+    /// Whether some of the expressions are gone.
+    bool isForsaken() const;
     static ::pcre2_real_code_16 *compile(Expressions expressions);
 
     ::pcre2_real_code_16 *_code;
+    /// Not owned: the first one owns this.
+    std::vector<std::weak_ptr<const QVRegularExpression>> _expressions;
 };
 
 } // namespace quorvane

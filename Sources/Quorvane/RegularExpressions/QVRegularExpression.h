@@ -14,6 +14,7 @@ namespace quorvane {
 
 class QVRegularExpressionMatchContext;
 class QVRegularExpressionResult;
+class QVCombinedExpression;
 class QVWordList;
 
 /// Compile options: a bit mask whose values are part of archives.
@@ -200,6 +201,7 @@ public:
                                                   std::shared_ptr<NSSecureCoding> self) override;
 
 private:
+    friend class QVCombinedExpression;
     QVRegularExpression() = default;
     QVMatchingOutcome firstOfEnumeration(const char16_t *characters, NSUInteger length, NSRange range,
                                          QVRegularExpressionMatchContext &context) const;
@@ -226,6 +228,8 @@ private:
     mutable std::unique_ptr<std::unordered_map<NSString, NSUInteger>> _namedCaptureGroups;
     mutable std::once_flag _anchoredOnce;
     mutable ::pcre2_real_code_16 *_anchoredCode = nullptr;
+    /// What this is the first expression of, under that class's lock.
+    mutable std::vector<std::shared_ptr<const QVCombinedExpression>> _combinedExpressions;
 };
 
 } // namespace quorvane

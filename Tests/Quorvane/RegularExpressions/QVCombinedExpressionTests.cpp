@@ -109,6 +109,25 @@ TEST(QVCombinedExpression, TheSameExpressionsShareOneObject) {
               first);
 }
 
+TEST(QVCombinedExpression, LivesAsLongAsTheFirstOfItsExpressions) {
+    auto a = expression(u"a");
+    const auto b = expression(u"b");
+    std::weak_ptr<const QVCombinedExpression> combined =
+        QVCombinedExpression::combinedExpressionForExpressions(Expressions{a, b});
+    EXPECT_FALSE(combined.expired());
+    a = nullptr;
+    EXPECT_TRUE(combined.expired());
+}
+
+TEST(QVCombinedExpression, ListsWhoseExpressionsAreGoneMakeRoomForOthers) {
+    const auto a = expression(u"a");
+    std::weak_ptr<const QVCombinedExpression> old =
+        QVCombinedExpression::combinedExpressionForExpressions(Expressions{a, expression(u"b")});
+    const auto c = expression(u"c");
+    EXPECT_NE(QVCombinedExpression::combinedExpressionForExpressions(Expressions{a, c}), nullptr);
+    EXPECT_TRUE(old.expired());
+}
+
 TEST(QVCombinedExpression, NothingIsNoExpression) {
     EXPECT_EQ(QVCombinedExpression::combinedExpressionForExpressions({}), nullptr);
 }
