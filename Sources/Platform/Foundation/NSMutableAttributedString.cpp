@@ -1,6 +1,7 @@
 #include "Platform/Foundation/NSAssertionHandler.h"
 #include "Platform/Foundation/NSAttributedString.h"
 #include "Platform/Foundation/QVAttributeRuns.h"
+#include "Platform/Foundation/QVGapBuffer.h"
 
 namespace quorvane {
 
@@ -11,22 +12,21 @@ namespace {
 class ConcreteAttributedString final : public NSMutableAttributedString {
 public:
     ConcreteAttributedString(std::u16string_view string, const NSAttributes &attributes) : _text(string) {
-        _runs.replaceRange({0, 0}, _text.size(), attributes);
+        _runs.replaceRange({0, 0}, _text.length(), attributes);
     }
     explicit ConcreteAttributedString(const NSAttributedString &other) {
         if (const auto *const plain = dynamic_cast<const ConcreteAttributedString *>(&other)) {
             _text = plain->_text;
             _runs = plain->_runs;
         } else {
-            ConcreteAttributedString::replace({0, 0}, other);
+            ConcreteAttributedString::replaceCharactersInRange({0, 0}, other);
         }
     }
 
     using NSMutableAttributedString::attributesAtIndex;
-    using NSMutableAttributedString::replaceCharactersInRange;
 
-    NSUInteger length() const override { return _text.size(); }
-    QVTextReader string() const override { return QVTextReader(std::u16string_view(_text)); }
+    NSUInteger length() const override { return _text.length(); }
+    QVTextReader string() const override { return _text.reader(); }
     NSAttributes attributesAtIndex(NSUInteger index, NSRange *effectiveRange) const override {
         checkIndex(index);
         return _runs.attributesAtIndex(index, effectiveRange);
@@ -39,8 +39,28 @@ public:
             inherited = _runs.attributesAtIndex(range.location - (range.length > 0 ? 0 : 1), nullptr);
         else if (length() > 0)
             inherited = _runs.attributesAtIndex(0, nullptr);
-        _runs.replaceRange(range, withString.size(), inherited);
-        _text.replace(range.location, range.length, withString);
+        const NSUInteger length = withString.size();
+        _text.replaceCharactersInRange(range, withString);
+        _runs.replaceRange(range, length, inherited);
+    }
+    void replaceCharactersInRange(NSRange range, const NSAttributedString &withAttributedString) override {
+        checkRange(range);
+        if (const auto *const plain = dynamic_cast<const ConcreteAttributedString *>(&withAttributedString)) {
+            // Copied where it is this very string.
+            const QVAttributeRuns copy = plain == this ? _runs : QVAttributeRuns();
+            replaceText(range, plain->_text.reader());
+            _runs.replaceRange(range, plain == this ? copy : plain->_runs);
+            return;
+        }
+        const NSUInteger length = withAttributedString.length();
+        QVAttributeRuns runs;
+        withAttributedString.enumerateAttributesInRange(
+            {0, length}, NSAttributedStringEnumerationLongestEffectiveRangeNotRequired,
+            [&](const NSAttributes &attributes, NSRange stretch, bool &) {
+                runs.replaceRange({runs.length(), 0}, stretch.length, attributes);
+            });
+        replaceText(range, withAttributedString.string());
+        _runs.replaceRange(range, runs);
     }
     void setAttributes(const NSAttributes &attributes, NSRange range) override {
         checkRange(range);
@@ -56,11 +76,14 @@ public:
     }
 
 private:
-    void replace(NSRange range, const NSAttributedString &other) {
-        NSMutableAttributedString::replaceCharactersInRange(range, other);
+    void replaceText(NSRange range, QVTextReader with) {
+        if (with.isContiguous())
+            _text.replaceCharactersInRange(range, with.contiguousView());
+        else
+            _text.replaceCharactersInRange(range, with.substringWithRange({0, with.length()}));
     }
 
-    std::u16string _text;
+    QVGapBuffer _text;
     QVAttributeRuns _runs;
 };
 

@@ -1,78 +1,135 @@
 #include "Platform/Foundation/QVAttributeRuns.h"
 
-#include <algorithm>
-
 namespace quorvane {
 
-std::size_t QVAttributeRuns::runAtIndex(NSUInteger index) const {
-    const auto at =
-        std::partition_point(_runs.begin(), _runs.end(), [&](const Run &run) { return run.end <= index; });
-    return static_cast<std::size_t>(at - _runs.begin());
+QVAttributeRuns &QVAttributeRuns::operator=(const QVAttributeRuns &other) {
+    if (this == &other)
+        return *this;
+    _runs.reset();
+    _runsPerChunk = other._runsPerChunk;
+    if (other._runs) {
+        _runs = std::make_unique<Sequence>(_runsPerChunk);
+        _runs->assign(*other._runs);
+    }
+    _length = other._length;
+    _attributes = other._attributes;
+    return *this;
 }
 
 const NSAttributes &QVAttributeRuns::attributesAtIndex(NSUInteger index, NSRange *range) const {
-    const std::size_t run = runAtIndex(index);
-    if (range != nullptr)
-        *range = {startOfRun(run), _runs[run].end - startOfRun(run)};
-    return _runs[run].attributes;
-}
-
-std::size_t QVAttributeRuns::splitAt(NSUInteger location) {
-    const std::size_t run = runAtIndex(location);
-    if (run == _runs.size() || startOfRun(run) == location)
-        return run;
-    _runs.insert(_runs.begin() + static_cast<std::ptrdiff_t>(run), Run{location, _runs[run].attributes});
-    return run + 1;
-}
-
-void QVAttributeRuns::joinRuns(std::size_t first, std::size_t last) {
-    if (_runs.empty())
-        return;
-    std::size_t kept = first == 0 ? 0 : first - 1;
-    last = std::min(last, _runs.size() - 1);
-    for (std::size_t run = kept + 1; run <= last; ++run) {
-        if (_runs[run].attributes == _runs[kept].attributes)
-            _runs[kept].end = _runs[run].end;
-        else if (++kept != run)
-            _runs[kept] = std::move(_runs[run]);
+    if (!_runs) {
+        if (range != nullptr)
+            *range = {0, _length};
+        return _attributes;
     }
-    if (kept < last)
-        _runs.erase(_runs.begin() + static_cast<std::ptrdiff_t>(kept) + 1,
-                    _runs.begin() + static_cast<std::ptrdiff_t>(last) + 1);
+    const Position at = _runs->positionOfLocation(index);
+    if (range != nullptr) {
+        const NSUInteger location = _runs->location(at);
+        *range = {location, _runs->nextLocation(at, _length) - location};
+    }
+    return _runs->entry(at);
 }
 
 void QVAttributeRuns::replaceRange(NSRange range, NSUInteger length, const NSAttributes &attributes) {
-    // A copy, since the attributes may be those of a run that goes.
-    const NSAttributes kept = attributes;
-    const std::size_t first = splitAt(range.location);
-    const std::size_t last = range.length == 0 ? first : splitAt(NSMaxRange(range));
-    const auto at = _runs.erase(_runs.begin() + static_cast<std::ptrdiff_t>(first),
-                                _runs.begin() + static_cast<std::ptrdiff_t>(last));
-    // Modulo the range of positions, so that what gets shorter shifts down.
+    if (!_runs && (length == 0 || range.length == _length || _attributes == attributes)) {
+        // Still one run.
+        if (length != 0)
+            _attributes = NSAttributes(attributes);
+        _length += length - range.length;
+        if (_length == 0)
+            _attributes = NSAttributes();
+        return;
+    }
+    std::vector<Run> runs;
+    if (length != 0)
+        runs.push_back({range.location, attributes});
+    splice(range, length, std::move(runs));
+}
+
+void QVAttributeRuns::replaceRange(NSRange range, const QVAttributeRuns &other) {
+    if (!other._runs) {
+        replaceRange(range, other._length, other._attributes);
+        return;
+    }
+    std::vector<Run> runs;
+    runs.reserve(other.count());
+    for (Position at = other._runs->begin(); other._runs->isValid(at); at = other._runs->next(at))
+        runs.push_back({range.location + other._runs->location(at), other._runs->entry(at)});
+    splice(range, other._length, std::move(runs));
+}
+
+void QVAttributeRuns::splice(NSRange range, NSUInteger length, std::vector<Run> runs) {
+    const NSUInteger end = NSMaxRange(range);
     const NSUInteger change = length - range.length;
-    if (change != 0)
-        for (auto run = at; run != _runs.end(); ++run)
-            run->end += change;
-    if (length > 0)
-        _runs.insert(at, Run{range.location + length, kept});
-    joinRuns(first, first + 1);
+    if (range.length == _length) {
+        _runs.reset();
+        _attributes = runs.size() == 1 ? std::move(runs[0].entry) : NSAttributes();
+        if (runs.size() > 1) {
+            _runs = std::make_unique<Sequence>(_runsPerChunk);
+            _runs->replace(_runs->end(), 0, runs, 0);
+        }
+        _length = length;
+        return;
+    }
+    if (!_runs) {
+        _runs = std::make_unique<Sequence>(_runsPerChunk);
+        _runs->insert(_runs->end(), 0, std::exchange(_attributes, NSAttributes()));
+    }
+    const auto firstBehind = [&](NSUInteger location) {
+        return location == 0 ? _runs->begin() : _runs->next(_runs->positionOfLocation(location - 1));
+    };
+    const Position first = firstBehind(range.location);
+    const NSAttributes *before = nullptr;
+    if (range.location > 0)
+        before = &_runs->entry(_runs->positionOfLocation(range.location - 1));
+    if (before != nullptr && !runs.empty() && runs.front().entry == *before)
+        runs.erase(runs.begin());
+    Position behind = firstBehind(end);
+    NSUInteger removed = _runs->indexOfPosition(behind) - _runs->indexOfPosition(first);
+    if (end < _length) {
+        const NSAttributes *const last = runs.empty() ? before : &runs.back().entry;
+        const Position next = _runs->positionOfLocation(end);
+        const bool isJoined = last != nullptr && *last == _runs->entry(next);
+        const bool startsHere = _runs->location(next) == end;
+        if (isJoined && startsHere)
+            ++removed;
+        else if (!isJoined && !startsHere)
+            runs.push_back({range.location + length, _runs->entry(next)});
+    }
+    _runs->replace(first, removed, runs, change);
+    _length += change;
 }
 
 void QVAttributeRuns::changeRange(NSRange range, QVBlock<NSAttributes(const NSAttributes &)> change) {
     if (range.length == 0)
         return;
-    const std::size_t first = splitAt(range.location);
-    const std::size_t last = splitAt(NSMaxRange(range));
-    for (std::size_t run = first; run < last; ++run)
-        _runs[run].attributes = change(_runs[run].attributes);
-    joinRuns(first, last);
+    std::vector<Run> runs;
+    bool isChanged = false;
+    NSUInteger location = range.location;
+    while (location < NSMaxRange(range)) {
+        NSRange run;
+        const NSAttributes &present = attributesAtIndex(location, &run);
+        NSAttributes changed = change(present);
+        isChanged = isChanged || changed != present;
+        if (runs.empty() || runs.back().entry != changed)
+            runs.push_back({location, std::move(changed)});
+        location = NSMaxRange(run);
+    }
+    if (isChanged)
+        splice(range, range.length, std::move(runs));
 }
 
 bool QVAttributeRuns::isSound() const {
-    for (std::size_t run = 0; run < _runs.size(); ++run)
-        if (_runs[run].end <= startOfRun(run) ||
-            (run > 0 && _runs[run].attributes == _runs[run - 1].attributes))
+    if (!_runs)
+        return _length > 0 || _attributes.empty();
+    if (_runs->isEmpty() || !_runs->isConsistent() || _runs->location(_runs->begin()) != 0)
+        return false;
+    for (Position at = _runs->begin(); _runs->isValid(at); at = _runs->next(at)) {
+        if (_runs->nextLocation(at, _length) <= _runs->location(at))
             return false;
+        if (!_runs->isFirst(at) && _runs->entry(_runs->previous(at)) == _runs->entry(at))
+            return false;
+    }
     return true;
 }
 

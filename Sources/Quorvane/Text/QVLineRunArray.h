@@ -4,7 +4,7 @@
 #include "Platform/Foundation/QVBlock.h"
 #include "Quorvane/Categories/NSArray+QuorvaneAdditions.h"
 #include "Quorvane/Text/QVLineRun.h"
-#include "Quorvane/Text/QVRunSequence.h"
+#include "Platform/Foundation/QVRunSequence.h"
 
 #include <memory>
 #include <unordered_set>

@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/QVBlock.h"
 #include "Quorvane/Text/QVRLEArrayRun.h"
-#include "Quorvane/Text/QVRunSequence.h"
+#include "Platform/Foundation/QVRunSequence.h"
 
 #include <limits>
 #include <vector>

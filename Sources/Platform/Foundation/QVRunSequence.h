@@ -12,8 +12,9 @@
 
 namespace quorvane {
 
-/// Where the runs of a run array and the lines of a line array stand: a sequence of entries, each with a
-/// location, in which all entries behind a place can be moved at the cost of a few of them.
+/// Where the attributes of a string, the runs of a run array and the lines of a line array stand: a sequence
+/// of entries, each with a location, in which all entries behind a place can be moved at the cost of a few of
+/// them.
 ///
 /// Entries stand in chunks, with their locations relative to the first one. A flat directory holds for each
 /// chunk the location and the index of its first entry. An edit moves all chunks behind it by the same
