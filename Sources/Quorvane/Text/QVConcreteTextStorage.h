@@ -13,6 +13,7 @@ class QVLineRunArray;
 class QVPackage;
 template <typename Value> class QVMutableRLEArray;
 struct QVStyling;
+struct QVStylingDefaults;
 
 /// Posted on the main thread, with the storage as object, when the parse tree matches the text in the ranges.
 inline constexpr const char16_t *QVTextStorageDidUpdateParseNotification =
@@ -80,6 +81,7 @@ public:
 
     bool isParsingEnabled() const override { return _parsingEnabled; }
     void setParsingEnabled(bool parsingEnabled) override;
+    /// Takes all text away, and the parse with it: the next one comes when the syntax is set anew.
     void clearContents() override;
     std::shared_ptr<QVSyntax> syntax() const override { return _syntax; }
     void setSyntax(std::shared_ptr<QVSyntax> syntax) override;
@@ -130,12 +132,6 @@ public:
     void setExtendedAttributes(const NSAttributes &extendedAttributes, NSRange range) override;
     void enumerateExtendedAttributesInRange(NSRange range, NSAttributedStringEnumerationOptions options,
                                             AttributesBlock usingBlock) const override;
-    void enumerateExtendedAttribute(NSAttributeKey key, NSRange inRange,
-                                    NSAttributedStringEnumerationOptions options,
-                                    AttributeBlock usingBlock) const override;
-    void addExtendedAttribute(NSAttributeKey key, NSAttributeValue value, NSRange range) override;
-    void addExtendedAttributes(const NSAttributes &attributes, NSRange range) override;
-    void removeExtendedAttribute(NSAttributeKey key, NSRange range) override;
 
     // Views that fold the text. They register themselves, and remove themselves when they go; none is owned.
 
@@ -181,47 +177,61 @@ private:
         void coalesceWithEdit(NSRange editedRange, NSInteger change);
     };
 
-    explicit QVConcreteTextStorage(std::shared_ptr<NSMutableAttributedString> contents);
-    static std::shared_ptr<QVConcreteTextStorage>
-    makeWithContents(std::shared_ptr<NSMutableAttributedString> contents);
+    QVConcreteTextStorage();
+    static std::shared_ptr<QVConcreteTextStorage> allocate();
     void adoptContents(std::shared_ptr<NSMutableAttributedString> contents);
-    void startObserving();
 
     // Editing
-    NSAttributes attributesForTypingAtLocation(NSUInteger location) const;
-    std::shared_ptr<const NSAttributedString>
-    attributedStringByCompleting(const NSAttributedString &attributedString) const;
+    NSAttributes attributesForTypingAtLocation(NSUInteger location);
+    void completeAttributes(NSMutableAttributedString &attributedString) const;
     void replaceCharacters(NSRange range, const NSAttributedString &replacement);
     template <typename Change, typename Tell> void changeAttributes(NSRange range, Change change, Tell tell);
+    /// What was edited in the bracket that is open; the lines and the rounds know nothing of it yet.
+    Edit unprocessedEdit() const;
 
     // Rounds
     void reparseRange(NSRange range, NSInteger changeInLength);
     void didFinishReparsing(NSRange range);
+    void forgetRounds();
+    void setParse(std::shared_ptr<QVParse> parse);
     void didEnableParsing();
     void didDisableParsing();
-    void setParse(std::shared_ptr<QVParse> parse);
-    void forgetRounds();
-    void noteEditOfText(NSRange range, NSInteger changeInLength);
     void postNotification(const char16_t *name, std::vector<NSRange> ranges);
 
     // Styling
+    QVStylingDefaults stylingDefaults() const;
+    /// Where a range stood before an edit; it grows by what the edit took away in its midst.
+    static NSRange rangeBeforeEdit(NSRange range, const Edit &edit);
     void updateStylingInRange(NSRange range);
-    void didFinishStylingRange(NSRange range, const QVStyling *styling, const Edit &edit);
-    void applyStylingAttributesToRange(NSRange range, const QVStyling *styling, NSUInteger fromIndex,
-                                       NSUInteger length);
-    void resetStylingAttributesInRange(NSRange range);
     void resolvedStylesDidChange();
+    void restyleCutRanges();
+    /// Takes in what highlighting makes of a range of the text as it was before the edit, null for nothing.
+    void didFinishStylingRange(NSRange range, const QVStyling *styling, const Edit &unseenEdit);
+    void restyleRangeOnceParsed(NSRange range);
+    void applyStylingAttributesToRange(NSRange range, const QVStyling *styling, NSUInteger fromIndex);
+    void setFont(const NSAttributeValue &font, NSRange range);
+    void fillSyntaxes();
+    void resetStylingAttributesInRange(NSRange range);
 
     // Attributes
     static NSAttributes completedTextAttributes(const NSAttributes &attributes);
-    void updateParagraphStyle(std::shared_ptr<const NSParagraphStyle> style, NSRange inRange,
-                              bool markEdited);
-    void updateAttribute(NSAttributeKey key, const NSAttributeValue *value, NSRange inRange, bool markEdited);
-    void updateFontSize(CGFloat size, NSRange inRange, bool markEdited);
+    template <typename Change> void markEdited(bool marks, NSRange range, Change change);
+    /// A null value removes the attribute.
+    void updateAttribute(NSAttributeKey key, const NSAttributeValue *value, NSRange inRange, bool marks);
+    /// Keeps the face of each run.
+    void updateFontSize(CGFloat size, NSRange inRange, bool marks);
+    /// Null stands for the default attributes' style.
+    void updateParagraphStyle(const std::shared_ptr<const NSParagraphStyle> &style, NSRange inRange,
+                              bool marks);
+    std::shared_ptr<const NSParagraphStyle> defaultParagraphStyle() const;
+    std::shared_ptr<const NSParagraphStyle>
+    paragraphStyleWithTabs(const std::shared_ptr<const NSParagraphStyle> &style) const;
+    void tabWidthDidChange(NSUInteger tabWidth);
 
     // Observing
+    void startObserving();
+    void startObservingPackages();
     void observeValueForKeyPath(const NSKeyValueChange &change);
-    void tabWidthDidChange(NSUInteger tabWidth);
     void packagesWillUnload(const std::vector<std::shared_ptr<QVPackage>> &packages);
     void packagesDidLoad(const std::vector<std::shared_ptr<QVPackage>> &packages);
 
@@ -244,12 +254,24 @@ private:
     /// Coloured by a result of which an edit cut away a part in the middle, to be coloured again once the
     /// parse has caught up. In the text as it is now.
     NSIndexSet _rangesToRestyle;
-    /// For each styling without a reparse that is on its way, what its text lacks.
+    /// For each styling on its way that no reparse goes with: what the parse has not seen of the text then.
     std::vector<std::shared_ptr<Edit>> _editsSinceStyling;
     NSUInteger _ensuringAttributesCount = 0;
     std::vector<QVBackingStorageView *> _foldingTextStorages;
     bool _parsingEnabled = true;
     bool _parseUpdating = false;
+    /// The lines and the rounds know of the bracket's edit; those who hear of it are being told.
+    bool _processing = false;
+    /// A parse was made in the middle of a bracket, and gets the text at its end.
+    bool _reparsesWholeText = false;
+    /// The attributes of typed text as they were put together last.
+    struct {
+        NSAttributes neighbour;
+        NSAttributes defaults;
+        NSAttributes attributes;
+    } _typing;
+    /// The default paragraph style with tabulators as wide as font and tab width say; null when not known.
+    std::shared_ptr<const NSParagraphStyle> _tabbedParagraphStyle;
     std::shared_ptr<QVParse> _parse;
     QVLineEndings _lineEndings = QVLineEndingsLF;
     QVIndentationStyle _indentationStyle = QVIndentationStyleTabs;

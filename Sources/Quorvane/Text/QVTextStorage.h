@@ -112,7 +112,7 @@ public:
                                                         NSRange *actualCharacterRange = nullptr) const;
     virtual void enumerateLinesForCharacterRange(NSRange range, LineBlock usingBlock) const;
 
-    // Highlighting: what the parse and the theme make of a character, fonts excepted
+    // Highlighting: what the parse and the theme make of a character. Fonts are attributes of the text, too.
 
     virtual NSAttributes syntaxHighlightingAttributesAtIndex(NSUInteger index, NSRange *effectiveRange) const;
 
@@ -172,8 +172,9 @@ public:
     // Text
 
     /// The word around an index, which must stand on one of its characters; `{NSNotFound, 0}` in keywords,
-    /// strings and comments and where there is none. The prefix is one character, such as a sigil, that the
-    /// syntax counts to its identifiers.
+    /// strings and comments and where there is none. What a character is says its extended attribute
+    /// `QVLexicalClassAttributeName`, or else that of its highlighting. The prefix is one character, such as
+    /// a sigil, that the syntax counts to its identifiers.
     NSRange rangeOfIdentifierAtIndex(NSUInteger index, bool includePrefix) const;
     /// Adapts text that is about to be inserted to the document's indentation and line endings, changing it
     /// in place. Without a handler all changes are made.
@@ -187,6 +188,8 @@ protected:
     ~QVTextStorage() override;
 
 private:
+    template <typename Tell> void tellChangeObservers(Tell tell);
+
     std::vector<std::weak_ptr<Observer>> _changeObservers;
 };
 

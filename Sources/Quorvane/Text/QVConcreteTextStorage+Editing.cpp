@@ -1,0 +1,197 @@
+#include "Quorvane/Parsers/QVParse.h"
+#include "Quorvane/Syntaxes/QVSyntax.h"
+#include "Quorvane/Text/QVBackingStorageView.h"
+#include "Quorvane/Text/QVConcreteTextStorage.h"
+#include "Quorvane/Text/QVLineRunArray.h"
+#include "Quorvane/Text/QVMutableRLEArray.h"
+
+namespace quorvane {
+
+// MARK: - Characters
+
+NSAttributes QVConcreteTextStorage::attributesForTypingAtLocation(NSUInteger location) {
+    const NSUInteger count = length();
+    if (count == 0)
+        return _defaultTextAttributes;
+    // Not fixed: what highlighting sets is not touched by fixing.
+    const NSAttributes neighbour = _contents->attributesAtIndex(location > 0 ? location - 1 : 0);
+    if (!_typing.neighbour.isIdenticalTo(neighbour) ||
+        !_typing.defaults.isIdenticalTo(_defaultTextAttributes)) {
+        NSMutableAttributes attributes(_defaultTextAttributes);
+        for (const NSAttributeKey key : QVParse::attributesAffectedBySyntaxHighlighting())
+            if (const NSAttributeValue *const value = neighbour.valueForKey(key))
+                attributes.set(key, *value);
+        _typing = {neighbour, _defaultTextAttributes, attributes.attributes()};
+    }
+    return _typing.attributes;
+}
+
+void QVConcreteTextStorage::replaceCharactersInRange(NSRange range, std::u16string_view withString) {
+    checkRange(range);
+    replaceCharacters(range, *NSAttributedString::initWithString(
+                                 withString, attributesForTypingAtLocation(range.location)));
+}
+
+void QVConcreteTextStorage::replaceCharactersInRange(NSRange range,
+                                                     const NSAttributedString &withAttributedString) {
+    checkRange(range);
+    const auto replacement = NSMutableAttributedString::initWithAttributedString(withAttributedString);
+    completeAttributes(*replacement);
+    replaceCharacters(range, *replacement);
+}
+
+void QVConcreteTextStorage::completeAttributes(NSMutableAttributedString &attributedString) const {
+    attributedString.changeAttributesInRange(
+        {0, attributedString.length()}, [this](const NSAttributes &attributes) {
+            const bool hasFont = attributes.containsKey(NSFontAttributeName);
+            if (hasFont && attributes.containsKey(NSForegroundColorAttributeName))
+                return attributes;
+            NSMutableAttributes completed(attributes);
+            for (const NSAttributeKey key : {NSFontAttributeName.key(), NSForegroundColorAttributeName.key()})
+                if (const NSAttributeValue *const value = _defaultTextAttributes.valueForKey(key);
+                    value != nullptr && !completed.containsKey(key))
+                    completed.set(key, *value);
+            return completed.attributes();
+        });
+}
+
+void QVConcreteTextStorage::replaceCharacters(NSRange range, const NSAttributedString &replacement) {
+    performBlockWithFoldingTextStorages([&](QVBackingStorageView &view) {
+        view.backingStorageWillReplaceCharactersInRange(range, replacement);
+    });
+    willChange(NSTextStorageEditedAttributes | NSTextStorageEditedCharacters, range, &replacement);
+
+    const NSUInteger count = replacement.length();
+    _contents->replaceCharactersInRange(range, replacement);
+    _syntaxHighlightingAttributes->replaceObjectsInRange(range, NSAttributes(), count);
+    _extendedAttributes->replaceObjectsInRange(range, NSAttributes(), count);
+    const std::shared_ptr<QVSyntax> syntax =
+        range.location < _syntaxes->count() ? _syntaxes->objectAtIndex(range.location) : _syntax;
+    _syntaxes->replaceObjectsInRange(range, syntax, count);
+
+    performBlockWithFoldingTextStorages([&](QVBackingStorageView &view) {
+        view.backingStorageDidReplaceCharactersInRange(range, replacement);
+    });
+    edited(NSTextStorageEditedAttributes | NSTextStorageEditedCharacters, range,
+           static_cast<NSInteger>(count) - static_cast<NSInteger>(range.length));
+}
+
+void QVConcreteTextStorage::clearContents() {
+    if (_parse)
+        _parse->cancelParsing();
+    setParse(nullptr);
+    forgetRounds();
+    const NSRange range{0, length()};
+    beginEditing();
+    _contents->deleteCharactersInRange(range);
+    performBlockWithFoldingTextStorages(
+        [](QVBackingStorageView &view) { view.backingStorageDidClearContents(); });
+    for (Attributes *const attributes : {_extendedAttributes.get(), _syntaxHighlightingAttributes.get()})
+        attributes->deleteObjectsInRange(range);
+    _syntaxes->deleteObjectsInRange(range);
+    edited(NSTextStorageEditedAttributes | NSTextStorageEditedCharacters, range,
+           -static_cast<NSInteger>(range.length));
+    endEditing();
+}
+
+// MARK: - Attributes
+
+template <typename Change, typename Tell>
+void QVConcreteTextStorage::changeAttributes(NSRange range, Change change, Tell tell) {
+    checkRange(range);
+    // What fixing puts right, nobody has seen otherwise: it is no edit.
+    const bool isEdit = !isEnsuringAttributes();
+    if (isEdit)
+        willChange(NSTextStorageEditedAttributes, range, nullptr);
+    change();
+    performBlockWithFoldingTextStorages(tell);
+    if (isEdit)
+        edited(NSTextStorageEditedAttributes, range, 0);
+}
+
+void QVConcreteTextStorage::setAttributes(const NSAttributes &attributes, NSRange range) {
+    // Copies, here and below: the caller's may be those of a run that goes.
+    changeAttributes(
+        range, [&, attributes] { _contents->setAttributes(attributes, range); },
+        [&, attributes](QVBackingStorageView &view) {
+            view.backingStorageDidSetAttributes(attributes, range);
+        });
+}
+
+void QVConcreteTextStorage::addAttribute(NSAttributeKey key, NSAttributeValue value, NSRange range) {
+    changeAttributes(
+        range, [&] { _contents->addAttribute(key, value, range); },
+        [&](QVBackingStorageView &view) { view.backingStorageDidAddAttribute(key, value, range); });
+}
+
+void QVConcreteTextStorage::addAttributes(const NSAttributes &attributes, NSRange range) {
+    changeAttributes(
+        range, [&, attributes] { _contents->addAttributes(attributes, range); },
+        [&, attributes](QVBackingStorageView &view) {
+            view.backingStorageDidAddAttributes(attributes, range);
+        });
+}
+
+void QVConcreteTextStorage::removeAttribute(NSAttributeKey key, NSRange range) {
+    changeAttributes(
+        range, [&] { _contents->removeAttribute(key, range); },
+        [&](QVBackingStorageView &view) { view.backingStorageDidRemoveAttribute(key, range); });
+}
+
+// MARK: - The edit bracket
+
+void QVConcreteTextStorage::beginEditing() {
+    performBlockWithFoldingTextStorages(
+        [](QVBackingStorageView &view) { view.backingStorageDidBeginEditing(); });
+    QVTextStorage::beginEditing();
+    _contents->beginEditing();
+}
+
+void QVConcreteTextStorage::endEditing() {
+    _contents->endEditing();
+    QVTextStorage::endEditing();
+    performBlockWithFoldingTextStorages(
+        [](QVBackingStorageView &view) { view.backingStorageDidEndEditing(); });
+}
+
+namespace {
+
+/// The part of a text, without copying it.
+QVTextReader partOfText(QVTextReader text, NSRange range) {
+    if (range.length == 0)
+        return {};
+    const std::u16string_view first = text.pieceAtIndex(range.location).substr(0, range.length);
+    if (first.size() == range.length)
+        return first;
+    return {first, text.pieceAtIndex(range.location + first.size()).substr(0, range.length - first.size())};
+}
+
+} // namespace
+
+void QVConcreteTextStorage::processEditing() {
+    struct Processing {
+        bool &flag;
+        ~Processing() { flag = false; }
+    } const processing{_processing};
+    if (const Edit edit = unprocessedEdit(); !edit.isNone()) {
+        // From here on the lines and the rounds know of it.
+        _processing = true;
+        _lines->replaceCharactersInRange({edit.range.location, edit.oldLength()},
+                                         partOfText(string(), edit.range));
+        if (!_rangesToRestyle.isEmpty())
+            _rangesToRestyle.shiftIndexesStartingAtIndex(edit.oldEnd(), edit.changeInLength);
+        for (const std::shared_ptr<Edit> &unseen : _editsSinceStyling)
+            unseen->coalesceWithEdit(edit.range, edit.changeInLength);
+        if (isParsingEnabled()) {
+            if (std::exchange(_reparsesWholeText, false))
+                reparseRange({0, length()}, static_cast<NSInteger>(length()));
+            else if (isParseUpdating())
+                _pendingEdit.coalesceWithEdit(edit.range, edit.changeInLength);
+            else
+                reparseRange(edit.range, edit.changeInLength);
+        }
+    }
+    QVTextStorage::processEditing();
+}
+
+} // namespace quorvane
