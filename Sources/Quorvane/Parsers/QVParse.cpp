@@ -82,7 +82,7 @@ QVParse::QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity,
     _matchPool->positions().setRoot(_rootMatch.get());
 }
 
-QVParse::~QVParse() = default;
+QVParse::~QVParse() { forgetSymbols(); }
 
 std::shared_ptr<QVParse> QVParse::self() { return std::static_pointer_cast<QVParse>(shared_from_this()); }
 
@@ -101,8 +101,8 @@ void QVParse::setDelegate(const std::shared_ptr<QVParseDelegate> &delegate) {
 }
 
 void QVParse::clearAllMatches() {
+    forgetSymbols();
     _rootMatch->setSubmatches(nullptr);
-    _symbols.clear();
     setBracketLocationsByDepth(std::vector<NSIndexSet>());
     // Nothing of other syntaxes' grammars is left in the tree; what comes next resolves them as a first parse
     // would.
@@ -160,7 +160,5 @@ void QVParse::noteOutcome(const QVScope &scope, const QVMatchingOutcome &outcome
                                    QVRegularExpression::stringForPCRE2ErrorCode(outcome.errorCode)),
         9);
 }
-
-void QVParse::symbolicateMatchesInRange(NSRange, QVMatch *) {}
 
 } // namespace quorvane

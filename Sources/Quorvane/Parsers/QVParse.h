@@ -24,6 +24,7 @@ class NSAttributedString;
 class NSProgress;
 class QVAttributeCache;
 class QVCollection;
+class QVFormatter;
 class QVGrammar;
 class QVParseDelegate;
 class QVParseScopeTrace;
@@ -34,6 +35,8 @@ class QVRegularExpression;
 class QVRegularExpressionMatchContext;
 class QVRememberedSearch;
 class QVScope;
+class QVScopeSymbolOptions;
+class QVSimpleSelector;
 class QVSyntax;
 struct QVMatchingOutcome;
 struct QVAnchoredSequence;
@@ -125,7 +128,6 @@ public:
     /// Good until the next writer.
     std::u16string_view string() const;
     QVScopeMatch *rootMatch() const { return _rootMatch.get(); }
-    const std::vector<std::shared_ptr<QVParseSymbol>> &symbols() const { return _symbols; }
     /// What each scope cost while performance collection was on.
     std::vector<std::shared_ptr<QVParseScopeTrace>> scopeTraces() const;
     /// The memory that the tree takes, in bytes, the lists of children not counted.
@@ -197,6 +199,70 @@ public:
                                std::function<void(std::shared_ptr<NSAttributedString>)> completionHandler);
     /// The attributes that a consumer clears before it applies defaults.
     static const std::set<NSAttributeKey> &attributesAffectedBySyntaxHighlighting();
+
+    // Symbols: the document's named things, in the order of their matches. They are brought up to date behind
+    // every edit; these are the steps of that, with write access.
+
+    const std::vector<std::shared_ptr<QVParseSymbol>> &symbols() const { return _symbols; }
+    /// Makes the symbols of the matches in a range that was just parsed, walking on from a match before it,
+    /// and brings all relations up to date. The symbols of the matches that went away are gone already.
+    void symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatch);
+    /// Finds anew, for the whole list, where symbols and their contexts begin and end, which context holds
+    /// which symbol, and what they are called. Logs where a context begins behind what it holds.
+    void updateSymbolRanges();
+    /// Puts a symbol into a context, null for none, whose options may make a local symbol one of another
+    /// type.
+    static void updateSymbol(QVParseSymbol &symbol, QVParseSymbol *forParent);
+    /// Finds a symbol's name, by its own options where none are given. Leaves the name as it is where the
+    /// rules find none; logs where the match leaves the text.
+    void associateNameForSymbol(QVParseSymbol &symbol, const QVScopeSymbolOptions *options) const;
+    /// New symbols for the arguments of a function, which become those of their matches.
+    std::vector<std::shared_ptr<QVParseSymbol>> argumentsForSymbol(const QVParseSymbol &symbol) const;
+    /// Where a comment is a bookmark: one whose content begins, after blanks, with an exclamation mark.
+    /// `{NSNotFound, 0}` for any other; the optional name range also where a bookmark has no name.
+    NSRange bookmarkRangeForMatch(const QVScopeMatch *match, NSRange *nameRange) const;
+    /// The part of a symbol, not of those inside it, that has a lexical class or fits a selector, both of
+    /// which may be null; `{NSNotFound, 0}` where there is none.
+    static NSRange rangeWithinSymbol(const QVParseSymbol &symbol, const NSString &lexicalClass,
+                                     const QVSimpleSelector *selector);
+    /// The words of a text with a blank between each two; null where it has none.
+    static NSString trimAndCleanUpSymbolName(std::u16string_view name);
+    /// What a formatter makes of a symbol.
+    NSString stringForFormatter(const QVFormatter &formatter, const QVParseSymbol &withinSymbol) const;
+
+    // Documentation comments, with read access
+
+    /// The comments that belong to a symbol of this type with this match, in the order of the search: with
+    /// the usual search the nearest comes first, whatever comes first in the text.
+    std::vector<const QVScopeMatch *> documentationCommentMatchesForSymbolMatch(const QVScopeMatch *match,
+                                                                                NSUInteger type) const;
+    /// What a comment says, without the indentation that all its lines share.
+    NSString documentationCommentFromMatch(const QVScopeMatch *match) const;
+    /// What all comments of a symbol say; null where it has none.
+    NSString documentationCommentForSymbolMatch(const QVScopeMatch *match, NSUInteger type) const;
+
+    // Symbolic queries, with read access; what they answer is good until the next edit. An identifier is
+    // known by its text.
+
+    /// The innermost symbol that holds a location, none of those that begin there; null where there is none.
+    std::shared_ptr<QVParseSymbol> deepestSymbolContextContainingLocation(NSUInteger location) const;
+    /// The symbol that defines the identifier at a location, null where there is none. The optional range is
+    /// that of the identifier, `{NSNotFound, 0}` where none stands; the optional context is the symbol inside
+    /// which the definition is seen, null for the whole document.
+    std::shared_ptr<QVParseSymbol>
+    symbolDefiningIdentifierAtLocation(NSUInteger location, NSRange *identifierRange,
+                                       std::shared_ptr<QVParseSymbol> *context) const;
+    /// Where else the identifier at a location stands, as far as its definition is seen. The lowest bit of
+    /// the options that is set says in what to look: 1 for the innermost type, 2 for the innermost type or
+    /// function, 4 for the innermost symbol of any kind; the whole document without any.
+    std::vector<NSRange> rangesForOccurrancesOfIdentifierAtLocation(NSUInteger location, NSUInteger options,
+                                                                    NSRange *identifierRange) const;
+    /// The symbol inside which another one is seen; null for the whole document.
+    std::shared_ptr<QVParseSymbol> contextForSymbol(const QVParseSymbol &symbol) const;
+    /// The identifier that begins with a match or is around its first part; null where there is none.
+    static const QVMatch *identifierMatchAtMatch(const QVMatch *match);
+    std::shared_ptr<QVParseSymbol>
+    symbolDefiningIdentifierAtMatch(const QVMatch *match, std::shared_ptr<QVParseSymbol> *context) const;
 
     // Location queries, with read access
 
@@ -347,8 +413,19 @@ private:
     void paintAttributes(NSMutableAttributedString &string, NSRange range,
                          const NSAttributes &defaultAttributes) const;
 
-    // What later layers of the tree's upkeep hook into.
-    void symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatch);
+    // Symbols
+    std::shared_ptr<QVParseSymbol> symbolForMatch(QVScopeMatch *match);
+    std::shared_ptr<QVParseSymbol> bookmarkForMatch(QVScopeMatch *match);
+    bool passesFilters(const QVScopeMatch *match, const QVScopeSymbolOptions &options);
+    void findSyntaxOfSymbol(QVParseSymbol &symbol) const;
+    void captureArgumentsOfSymbol(QVParseSymbol &symbol) const;
+    bool updateBookmark(QVParseSymbol &symbol) const;
+    void renewNameOfSymbol(QVParseSymbol &symbol) const;
+    void endUnclosedSymbols();
+    NSString textInRange(NSRange range) const;
+    void forgetSymbols();
+    void verifySymbols() const;
+
     void updateBracketDepths();
 
     const QVParseConcurrencyType _concurrencyType;

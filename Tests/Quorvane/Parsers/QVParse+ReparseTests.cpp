@@ -64,13 +64,6 @@ private:
     const int _message;
 };
 
-class Symbol : public QVParseSymbol {
-public:
-    NSUInteger symbolType() const override { return 0; }
-    NSRange range() const override { return {}; }
-    NSString name() const override { return nullptr; }
-};
-
 } // namespace
 
 TEST_F(Reparse, DeletingAllTextEmptiesTreeSymbolsAndBracketTable) {
@@ -319,43 +312,34 @@ TEST_F(Reparse, ACancelledEditAnswersNothingAndTheNextOneParsesTheWholeText) {
 // Symbols
 
 TEST_F(Reparse, SymbolsOfMatchesThatGoGoToo) {
-    start(comment + words, u"/*a*/\n/*b*/\n/*c*/\n/*d*/\n/*e*/\n/*f*/\n");
-    // As if they had been found: nothing finds any yet.
-    auto &symbols = const_cast<std::vector<std::shared_ptr<QVParseSymbol>> &>(parse->symbols());
-    for (QVScopeMatch *const match : children()) {
-        if (!match->hasSymbol())
-            continue;
-        symbols.push_back(std::make_shared<Symbol>());
-        match->setSymbol(symbols.back().get());
-    }
-    ASSERT_EQ(symbols.size(), 6u);
-    const auto before = symbols;
-    // The lines of "b", "c" and "d".
-    EXPECT_EQ(edit({14, 1}, u"x"), (NSRange{6, 18}));
-    EXPECT_THAT(parse->symbols(), ElementsAre(before[0], before[4], before[5]));
+    start(comment + words, u"/*!a*/\n/*!b*/\n/*!c*/\n/*!d*/\n/*!e*/\n/*!f*/\n");
+    const auto before = parse->symbols();
+    ASSERT_EQ(before.size(), 6u);
+    // "b", "c" and "d" are no bookmarks any more; with the lines beside them all but the last are new.
+    EXPECT_EQ(edit({7, 17}, u"/*b*/\n/*c*/\n/*"), (NSRange{0, 32}));
+    ASSERT_EQ(parse->symbols().size(), 3u);
+    EXPECT_NE(parse->symbols()[0], before[0]);
+    EXPECT_NE(parse->symbols()[1], before[4]);
+    EXPECT_EQ(parse->symbols()[2], before[5]);
+    for (std::size_t index = 0; index < 5; ++index)
+        EXPECT_EQ(before[index]->match(), nullptr) << index;
+    EXPECT_NE(before[5]->match(), nullptr);
 }
 
 TEST_F(Reparse, SymbolsAreFoundWhateverTheirOrder) {
     for (const bool backwards : {false, true}) {
-        start(comment + words, u"/*a*/\n/*b*/\n/*c*/\n/*d*/\n/*e*/\n");
+        start(comment + words, u"/*!a*/\n/*!b*/\n/*!c*/\n/*!d*/\n/*!e*/\n");
         auto &symbols = const_cast<std::vector<std::shared_ptr<QVParseSymbol>> &>(parse->symbols());
-        std::vector<QVScopeMatch *> matches;
-        for (QVScopeMatch *const match : children())
-            if (match->hasSymbol())
-                matches.push_back(match);
+        const std::vector<std::shared_ptr<QVParseSymbol>> before = symbols;
         if (backwards)
-            std::reverse(matches.begin(), matches.end());
-        for (QVScopeMatch *const match : matches) {
-            symbols.push_back(std::make_shared<Symbol>());
-            match->setSymbol(symbols.back().get());
-        }
-        const auto before = symbols;
-        edit({8, 1}, u"x");
-        // "a", "b" and "c" went.
-        if (backwards)
-            EXPECT_THAT(parse->symbols(), ElementsAre(before[0], before[1]));
-        else
-            EXPECT_THAT(parse->symbols(), ElementsAre(before[3], before[4]));
+            std::reverse(symbols.begin(), symbols.end());
+        edit({10, 1}, u"x");
+        // "a", "b" and "c" went, and came anew in front of the others.
+        ASSERT_EQ(symbols.size(), 5u);
+        EXPECT_EQ(symbols[3], before[backwards ? 4 : 3]);
+        EXPECT_EQ(symbols[4], before[backwards ? 3 : 4]);
+        for (const std::size_t index : {0, 1, 2})
+            EXPECT_EQ(before[index]->match(), nullptr) << index;
     }
 }
 
