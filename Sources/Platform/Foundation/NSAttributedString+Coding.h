@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Platform/Foundation/NSAttributedString.h"
+#include "Platform/Foundation/NSCoder.h"
+
+/// Attributed strings in keyed archives: the text, each attribute dictionary once, and how far each run of
+/// one goes. They are no coded objects of their own, since who reads one says which classes its attributes
+/// may hold.
+namespace quorvane {
+
+/// Writes the text with its attributes under the key. Values that can't be archived, which are objects
+/// without a coder, are left out.
+QV_EXPORT void qv_encodeAttributedString(NSCoder &coder, const NSAttributedString &attributedString,
+                                         const NSString &key);
+
+/// Null where there is none under the key. A dictionary that holds an object of another class reads as empty;
+/// runs beyond the text are cut, and text beyond the runs has no attributes.
+QV_EXPORT std::shared_ptr<NSMutableAttributedString>
+qv_decodeAttributedString(NSCoder &coder, const NSString &key,
+                          std::span<const NSCodingClass *const> acceptedValues);
+
+} // namespace quorvane
