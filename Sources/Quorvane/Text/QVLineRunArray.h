@@ -2,9 +2,9 @@
 
 #include "Platform/Foundation/NSObject.h"
 #include "Platform/Foundation/QVBlock.h"
+#include "Platform/Foundation/QVRunSequence.h"
 #include "Quorvane/Categories/NSArray+QuorvaneAdditions.h"
 #include "Quorvane/Text/QVLineRun.h"
-#include "Platform/Foundation/QVRunSequence.h"
 
 #include <memory>
 #include <unordered_set>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Foundation/QVBlock.h"
-#include "Quorvane/Text/QVRLEArrayRun.h"
 #include "Platform/Foundation/QVRunSequence.h"
+#include "Quorvane/Text/QVRLEArrayRun.h"
 
 #include <limits>
 #include <vector>
