@@ -22,11 +22,16 @@ const char *const usage =
     "                      never; always: as the terminal tells; 16, 256, truecolor: so many, wherever it "
     "goes\n"
     "  --format FORMAT     ansi: colours for a terminal (the default); html: a page; tree: the match tree;\n"
-    "                      attributes: the runs of one look\n"
+    "                      attributes: the runs of one look; symbols: the outline\n"
+    "  --json              print the outline as an array of objects, for programs\n"
     "  --list              print the syntaxes and themes that can be named, and their files\n"
     "  --explain LINE:COLUMN\n"
     "                      print why the character there looks as it does: scopes, patterns, styles;\n"
     "                      both count from 1, columns in units of UTF-16\n"
+    "  --definition LINE:COLUMN\n"
+    "                      print where the identifier there is defined\n"
+    "  --occurrences LINE:COLUMN\n"
+    "                      print where else it stands, as far as its definition is seen\n"
     "  --max-line N        run no pattern on lines of more than N units; 0: no limit (default 10000)\n"
     "  --stats             print figures to the standard error stream\n"
     "  --trace             print what each scope cost to the standard error stream: time, hits and misses,\n"
@@ -76,7 +81,8 @@ std::optional<ColourDepth> depthOfWord(std::string_view word) {
 std::optional<Arguments::Format> formatOfWord(std::string_view word) {
     for (const auto &[name, format] :
          {std::pair("ansi", Arguments::Format::Ansi), std::pair("html", Arguments::Format::Html),
-          std::pair("tree", Arguments::Format::Tree), std::pair("attributes", Arguments::Format::Attributes)})
+          std::pair("tree", Arguments::Format::Tree), std::pair("attributes", Arguments::Format::Attributes),
+          std::pair("symbols", Arguments::Format::Symbols)})
         if (word == name)
             return format;
     return std::nullopt;
@@ -97,8 +103,8 @@ std::optional<Place> placeOfWord(std::string_view word) {
 }
 
 constexpr std::string_view optionsWithValue[] = {
-    "--packages", "--syntax-file", "--syntax", "--format",         "--theme",
-    "--color",    "--max-line",    "--repeat", "--edit-benchmark", "--explain"};
+    "--packages", "--syntax-file", "--syntax",         "--format",  "--theme",      "--color",
+    "--max-line", "--repeat",      "--edit-benchmark", "--explain", "--definition", "--occurrences"};
 
 } // namespace
 
@@ -131,8 +137,8 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
             (argument == "--stats" ? arguments.statistics : arguments.plain) = true;
             continue;
         }
-        if (argument == "--no-cache") {
-            arguments.withoutCache = true;
+        if (argument == "--no-cache" || argument == "--json") {
+            (argument == "--json" ? arguments.json : arguments.withoutCache) = true;
             continue;
         }
         std::string_view name = argument;
@@ -169,10 +175,14 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
                 return fail("--color takes auto, never, always, 16, 256 or truecolor, not: " +
                             std::string(value));
             arguments.depth = *depth;
-        } else if (name == "--explain") {
-            arguments.explain = placeOfWord(value);
-            if (!arguments.explain)
-                return fail("--explain takes LINE:COLUMN, both from 1, not: " + std::string(value));
+        } else if (name == "--explain" || name == "--definition" || name == "--occurrences") {
+            auto &place = name == "--explain"      ? arguments.explain
+                          : name == "--definition" ? arguments.definition
+                                                   : arguments.occurrences;
+            place = placeOfWord(value);
+            if (!place)
+                return fail(std::string(name) +
+                            " takes LINE:COLUMN, both from 1, not: " + std::string(value));
         } else if (name == "--edit-benchmark") {
             if (!number(arguments.editBenchmark) || arguments.editBenchmark == 0)
                 return fail("--edit-benchmark takes a whole number above 0, not: " + std::string(value));
@@ -186,6 +196,11 @@ std::optional<Arguments> parseArguments(int count, char **values, std::string &m
             return fail("unknown option: " + std::string(name));
         }
     }
+    if (arguments.explain.has_value() + arguments.definition.has_value() + arguments.occurrences.has_value() >
+        1)
+        return fail("--explain, --definition and --occurrences go one at a time");
+    if (arguments.json && arguments.format != Arguments::Format::Symbols)
+        return fail("--json goes with --format symbols");
     if (arguments.files.empty() && !arguments.list)
         return fail("no file given");
     return arguments;

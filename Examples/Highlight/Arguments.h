@@ -18,7 +18,7 @@ struct Place {
 
 /// What the command line asks for.
 struct Arguments {
-    enum class Format { Ansi, Html, Tree, Attributes };
+    enum class Format { Ansi, Html, Tree, Attributes, Symbols };
 
     std::string packages;
     bool withoutCache = false;
@@ -35,6 +35,9 @@ struct Arguments {
     bool plain = false;
     bool list = false;
     std::optional<Place> explain;
+    std::optional<Place> definition;
+    std::optional<Place> occurrences;
+    bool json = false;
     bool trace = false;
     bool help = false;
     std::vector<std::string> files;

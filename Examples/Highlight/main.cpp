@@ -6,6 +6,7 @@
 #include "Languages.h"
 #include "Output.h"
 #include "Progress.h"
+#include "Symbols.h"
 
 #include "Host/QVMatchTreeText.h"
 #include "Platform/Foundation/NSData.h"
@@ -77,8 +78,8 @@ struct Document {
     std::vector<double> parseTimes;
     std::vector<PageTheme> themes;
     std::vector<double> attributesTimes;
-    /// Where an explanation is asked for.
-    std::optional<NSUInteger> explained;
+    /// What an explanation, a definition or occurrences are asked of.
+    std::optional<NSUInteger> place;
 };
 
 void printStatistics(const Document &document, double loadTime) {
@@ -141,18 +142,31 @@ std::vector<std::string> themeNames(const Arguments &arguments) {
                : std::vector<std::string>{"Dusk"};
 }
 
+bool isColouredOutput(const Arguments &arguments) {
+    if (arguments.definition || arguments.occurrences)
+        return false;
+    return arguments.explain ||
+           (arguments.format != Arguments::Format::Tree && arguments.format != Arguments::Format::Symbols);
+}
+
 std::string outputOfDocument(const Arguments &arguments, const std::string &file, const Document &document,
                              ScopePlaces &places) {
     const PageTheme *const theme = document.themes.empty() ? nullptr : &document.themes.front();
     const std::u16string_view text = document.parse->string();
-    if (document.explained)
-        return explanationText(*document.parse, *document.explained, nameOfFile(file), theme->runs,
+    if (arguments.explain)
+        return explanationText(*document.parse, *document.place, nameOfFile(file), theme->runs,
                                theme->defaults, places);
+    if (arguments.definition)
+        return definitionText(*document.parse, *document.place, nameOfFile(file));
+    if (arguments.occurrences)
+        return occurrencesText(*document.parse, *document.place, nameOfFile(file));
     switch (arguments.format) {
     case Arguments::Format::Tree:
         return QVMatchTreeText(*document.parse);
     case Arguments::Format::Attributes:
         return attributesText(theme->runs, theme->defaults);
+    case Arguments::Format::Symbols:
+        return arguments.json ? outlineJSON(*document.parse) : outlineText(*document.parse);
     case Arguments::Format::Html:
         return pageText(text, nameOfFile(file), document.themes);
     case Arguments::Format::Ansi:
@@ -166,13 +180,14 @@ void highlightFile(const Arguments &arguments, const std::string &file, const Sy
                    double loadTime) {
     Document document;
     document.text = readText(file);
-    if (arguments.explain)
-        document.explained = TextPlaces(document.text).locationOfPlace(*arguments.explain, nameOfFile(file));
+    for (const auto &place : {arguments.explain, arguments.definition, arguments.occurrences})
+        if (place)
+            document.place = TextPlaces(document.text).locationOfPlace(*place, nameOfFile(file));
     const std::shared_ptr<QVSyntax> syntax = syntaxForFile(arguments, file, document.text);
     const auto controller = QVThemeController::sharedController();
-    // The tree has no colours; all else needs a theme, before the text is parsed and its languages come up.
-    const bool isColoured = arguments.format != Arguments::Format::Tree || arguments.editBenchmark != 0 ||
-                            arguments.explain.has_value();
+    // Tree and symbols have no colours; all else needs a theme, before the text is parsed and its languages
+    // come up.
+    const bool isColoured = isColouredOutput(arguments) || arguments.editBenchmark != 0;
     if (isColoured)
         for (const std::string &name : themeNames(arguments)) {
             const auto theme = themeNamed(name);

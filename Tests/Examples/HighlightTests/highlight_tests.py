@@ -153,7 +153,8 @@ class HighlightTests(HighlightCase):
         result = self.run_program("--help")
         self.assertEqual((result.returncode, result.stderr), (0, b""))
         for option in ("--packages", "--no-cache", "--syntax-file", "--syntax ", "--format", "--list", "--explain LINE:COLUMN",
-                       "--max-line", "--stats", "--trace", "--repeat"):
+                       "--json", "--definition LINE:COLUMN", "--occurrences LINE:COLUMN", "--max-line", "--stats",
+                       "--trace", "--repeat"):
             self.assertIn(option, result.stdout.decode())
 
     # Text that comes in
