@@ -82,16 +82,14 @@ void QVMatchPool::addSlab() {
     QUORVANE_POISON(_next, static_cast<std::size_t>(_end - _next));
 }
 
-void *QVMatchPool::allocate(std::size_t size) {
-    const auto lock = guard();
-    const std::size_t sizeClass = (size + granule - 1) / granule;
+inline void *QVMatchPool::takePiece(std::size_t sizeClass) {
     void *piece;
     if (FreePiece *const free = _free[sizeClass]) {
         QUORVANE_UNPOISON(free, sizeClass * granule);
         _free[sizeClass] = free->next;
         piece = free;
     } else {
-        if (_next == nullptr || static_cast<std::size_t>(_end - _next) < sizeClass * granule)
+        if (static_cast<std::size_t>(_end - _next) < sizeClass * granule)
             addSlab();
         piece = _next;
         _next += sizeClass * granule;
@@ -101,17 +99,30 @@ void *QVMatchPool::allocate(std::size_t size) {
     return piece;
 }
 
+/// Whether that was the last piece of a pool that nobody owns.
+inline bool QVMatchPool::putPiece(void *piece, std::size_t sizeClass) {
+    _free[sizeClass] = new (piece) FreePiece{_free[sizeClass]};
+    QUORVANE_POISON(piece, sizeClass * granule);
+    return --_livePieces == 0 && _abandoned;
+}
+
+void *QVMatchPool::allocate(std::size_t size) {
+    const std::size_t sizeClass = (size + granule - 1) / granule;
+    if (!_shared) [[likely]]
+        return takePiece(sizeClass);
+    const std::lock_guard lock(_mutex);
+    return takePiece(sizeClass);
+}
+
 void QVMatchPool::deallocate(void *piece, std::size_t size) {
-    bool last;
-    {
-        const auto lock = guard();
-        const std::size_t sizeClass = (size + granule - 1) / granule;
-        _free[sizeClass] = new (piece) FreePiece{_free[sizeClass]};
-        QUORVANE_POISON(piece, sizeClass * granule);
-        last = --_livePieces == 0 && _abandoned;
-    }
-    if (last)
+    const std::size_t sizeClass = (size + granule - 1) / granule;
+    if (_shared) [[unlikely]] {
+        // Nobody owns the shared pool, and nobody abandons it.
+        const std::lock_guard lock(_mutex);
+        putPiece(piece, sizeClass);
+    } else if (putPiece(piece, sizeClass)) {
         delete this;
+    }
 }
 
 QVMatchPool::Association &QVMatchPool::associationForMatch(const QVScopeMatch *match) {

@@ -76,6 +76,8 @@ private:
     explicit QVMatchPool(bool shared);
     ~QVMatchPool();
     void addSlab();
+    void *takePiece(std::size_t sizeClass);
+    bool putPiece(void *piece, std::size_t sizeClass);
     std::unique_lock<std::mutex> guard() const {
         return _shared ? std::unique_lock(_mutex) : std::unique_lock<std::mutex>();
     }

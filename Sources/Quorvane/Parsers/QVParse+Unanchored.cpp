@@ -63,9 +63,13 @@ NSUInteger QVParse::processUnknownTextRange(NSRange range, QVScopeMatchArray &in
     const NSUInteger end = NSMaxRange(range);
     NSUInteger count = 0;
     const auto insert = [&](const QVScope *scope, NSUInteger from, NSUInteger to) {
-        const auto place = intoUnanchoredLineMatches.begin() + static_cast<std::ptrdiff_t>(atIndex + count);
-        intoUnanchoredLineMatches.insert(place, newMatch(scope, {from, to - from}));
-        ++count;
+        const NSUInteger index = atIndex + count++;
+        if (index == intoUnanchoredLineMatches.size())
+            intoUnanchoredLineMatches.push_back(newMatch(scope, {from, to - from}));
+        else
+            intoUnanchoredLineMatches.insert(intoUnanchoredLineMatches.begin() +
+                                                 static_cast<std::ptrdiff_t>(index),
+                                             newMatch(scope, {from, to - from}));
     };
     const auto isBlank = [](char16_t unit) { return unit == u' ' || unit == u'\t'; };
     for (NSUInteger location = range.location; location < end;) {

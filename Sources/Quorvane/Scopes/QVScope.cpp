@@ -66,9 +66,7 @@ void QVScope::setLexicalClass(NSString lexicalClass) {
     noteChange();
 }
 
-bool QVScope::directHasSymbol() const {
-    return _isComment || (_symbolOptions && _symbolOptions->symbolType() != 0);
-}
+bool QVScope::optionsHaveSymbol() const { return _symbolOptions->symbolType() != 0; }
 
 void QVScope::setRegularExpression(std::shared_ptr<QVRegularExpression> expression) {
     setDirectRegularExpression(this, std::move(expression));

@@ -214,7 +214,7 @@ public:
     }
     static void setDirectEndCaptures(QVScope *scope, Captures captures);
     /// Whether matches of this scope can point to a symbol.
-    bool directHasSymbol() const;
+    bool directHasSymbol() const { return _isComment || (_symbolOptions && optionsHaveSymbol()); }
 
     /// A new scope with all values, the package included; subscopes and captures are copies, expressions are
     /// shared.
@@ -231,6 +231,7 @@ public:
 
 private:
     std::shared_ptr<QVScope> self() const;
+    bool optionsHaveSymbol() const;
 
     QVScopeType _type = QVScopeTypeUnknown;
     bool _atomic = false;
