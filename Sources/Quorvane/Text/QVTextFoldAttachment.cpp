@@ -5,6 +5,7 @@
 #include "Quorvane/Categories/QVTreeDecoding.h"
 #include "Quorvane/Styles/QVColor.h"
 #include "Quorvane/Styles/QVGraphics.h"
+#include "Quorvane/Text/QVFoldMap.h"
 
 namespace quorvane {
 
@@ -30,6 +31,12 @@ std::shared_ptr<QVTextFoldAttachment> QVTextFoldAttachment::initWithRange(NSRang
     fold->_subfolds = std::move(subfolds);
     fold->setCursor(NSCursor::pointingHandCursor());
     return fold;
+}
+
+NSRange QVTextFoldAttachment::range() const {
+    if (_keeper && _keeper->map != nullptr)
+        _keeper->map->settle();
+    return _range;
 }
 
 bool QVTextFoldAttachment::textChangedInRange(NSRange range, NSInteger changeInLength) {

@@ -6,6 +6,13 @@
 
 namespace quorvane {
 
+class QVFoldMap;
+
+/// Leads the folds of a view to the map that may move them late; to none once the view is gone.
+struct QVTextFoldKeeper {
+    const QVFoldMap *map;
+};
+
 /// What stands behind the one character that shows a folded range: which text it hides, the folds that text
 /// had when it was folded, and the mark that is drawn. Ranges are those of the document behind the view,
 /// and follow its edits. Main thread.
@@ -18,7 +25,7 @@ public:
     /// The pointer over it is a pointing hand.
     static std::shared_ptr<QVTextFoldAttachment> initWithRange(NSRange range, Subfolds subfolds);
 
-    NSRange range() const { return _range; }
+    NSRange range() const;
     void setRange(NSRange range) { _range = range; }
     /// The folds directly inside, in text order.
     const Subfolds &subfolds() const { return _subfolds; }
@@ -53,8 +60,12 @@ public:
 private:
     QVTextFoldAttachment();
 
+    friend class QVFoldMap;
+
     NSRange _range;
     Subfolds _subfolds;
+    /// Of the view that this one was made in, if any.
+    std::shared_ptr<const QVTextFoldKeeper> _keeper;
 };
 
 } // namespace quorvane

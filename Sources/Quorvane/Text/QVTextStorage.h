@@ -136,13 +136,14 @@ public:
 
     // Derived: highlighting
 
-    NSAttributes syntaxHighlightingAttributesAtIndex(NSUInteger index, NSRange *longestEffectiveRange,
-                                                     NSRange inRange) const;
+    virtual NSAttributes syntaxHighlightingAttributesAtIndex(NSUInteger index, NSRange *longestEffectiveRange,
+                                                             NSRange inRange) const;
     std::optional<NSAttributeValue> syntaxHighlightingAttribute(NSAttributeKey key, NSUInteger atIndex,
                                                                 NSRange *effectiveRange) const;
-    std::optional<NSAttributeValue> syntaxHighlightingAttribute(NSAttributeKey key, NSUInteger atIndex,
-                                                                NSRange *longestEffectiveRange,
-                                                                NSRange inRange) const;
+    virtual std::optional<NSAttributeValue> syntaxHighlightingAttribute(NSAttributeKey key,
+                                                                        NSUInteger atIndex,
+                                                                        NSRange *longestEffectiveRange,
+                                                                        NSRange inRange) const;
     virtual void enumerateSyntaxHighlightingAttributesInRange(NSRange range,
                                                               NSAttributedStringEnumerationOptions options,
                                                               AttributesBlock usingBlock) const;
@@ -153,12 +154,13 @@ public:
     // Derived: extended attributes. All of these have their effective range at a stretch of equal values;
     // "longest" grows forwards only, up to the limit.
 
-    NSAttributes extendedAttributesAtIndex(NSUInteger index, NSRange *longestEffectiveRange,
-                                           NSRange inRange) const;
+    virtual NSAttributes extendedAttributesAtIndex(NSUInteger index, NSRange *longestEffectiveRange,
+                                                   NSRange inRange) const;
     std::optional<NSAttributeValue> extendedAttribute(NSAttributeKey key, NSUInteger atIndex,
                                                       NSRange *effectiveRange) const;
-    std::optional<NSAttributeValue> extendedAttribute(NSAttributeKey key, NSUInteger atIndex,
-                                                      NSRange *longestEffectiveRange, NSRange inRange) const;
+    virtual std::optional<NSAttributeValue> extendedAttribute(NSAttributeKey key, NSUInteger atIndex,
+                                                              NSRange *longestEffectiveRange,
+                                                              NSRange inRange) const;
     virtual void enumerateExtendedAttributesInRange(NSRange range,
                                                     NSAttributedStringEnumerationOptions options,
                                                     AttributesBlock usingBlock) const;
