@@ -189,6 +189,8 @@ void QVConcreteTextStorage::processEditing() {
                 _pendingEdit.coalesceWithEdit(edit.range, edit.changeInLength);
             else
                 reparseRange(edit.range, edit.changeInLength);
+            if (std::exchange(_reparsesPendingEdit, false))
+                reparsePendingEdit();
         }
     }
     QVTextStorage::processEditing();

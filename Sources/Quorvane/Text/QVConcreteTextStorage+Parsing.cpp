@@ -59,10 +59,12 @@ void QVConcreteTextStorage::reparseRange(NSRange range, NSInteger changeInLength
 void QVConcreteTextStorage::didFinishReparsing(NSRange range) {
     _parseUpdating = false;
     if (!_pendingEdit.isNone()) {
-        const Edit edit = std::exchange(_pendingEdit, Edit());
         _reparseRangesToInvalidate.addIndexesInRange(range);
-        _reparseRangesToInvalidate.shiftIndexesStartingAtIndex(edit.oldEnd(), edit.changeInLength);
-        reparseRange(edit.range, edit.changeInLength);
+        // In an editing bracket the text is ahead of what is pending; its end starts the round.
+        if (unprocessedEdit().isNone())
+            reparsePendingEdit();
+        else
+            _parseUpdating = _reparsesPendingEdit = true;
         return;
     }
     std::vector<NSRange> ranges{range};
@@ -78,8 +80,15 @@ void QVConcreteTextStorage::didFinishReparsing(NSRange range) {
     postNotification(QVTextStorageDidUpdateParseNotification, std::move(ranges));
 }
 
+void QVConcreteTextStorage::reparsePendingEdit() {
+    const Edit edit = std::exchange(_pendingEdit, Edit());
+    _reparseRangesToInvalidate.shiftIndexesStartingAtIndex(edit.oldEnd(), edit.changeInLength);
+    reparseRange(edit.range, edit.changeInLength);
+}
+
 void QVConcreteTextStorage::forgetRounds() {
     _parseUpdating = false;
+    _reparsesPendingEdit = false;
     _reparsesWholeText = false;
     _pendingEdit = {};
     _reparseRangesToInvalidate.removeAllIndexes();

@@ -192,6 +192,7 @@ private:
     // Rounds
     void reparseRange(NSRange range, NSInteger changeInLength);
     void didFinishReparsing(NSRange range);
+    void reparsePendingEdit();
     void forgetRounds();
     void setParse(std::shared_ptr<QVParse> parse);
     void didEnableParsing();
@@ -264,6 +265,8 @@ private:
     bool _processing = false;
     /// A parse was made in the middle of a bracket, and gets the text at its end.
     bool _reparsesWholeText = false;
+    /// A round came to its end in the middle of a bracket; the next one starts behind it.
+    bool _reparsesPendingEdit = false;
     /// The attributes of typed text as they were put together last.
     struct {
         NSAttributes neighbour;

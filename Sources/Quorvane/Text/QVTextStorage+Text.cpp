@@ -77,12 +77,8 @@ private:
 
     LineEnd lineEnd() const {
         const QVTextReader text = _string.string();
-        NSUInteger contents = _position;
-        while (contents < text.length() && text.characterAtIndex(contents) != u'\n' &&
-               text.characterAtIndex(contents) != u'\r')
-            ++contents;
-        const NSRange newline = qv_rangeOfNewlineAtLocation(text, contents);
-        return {contents, newline.location == NSNotFound ? contents : NSMaxRange(newline)};
+        const NSUInteger contents = endOfContents(text, _position);
+        return {contents, behindTerminator(text, contents)};
     }
 
     NSRange measureIndentation(NSUInteger location, NSUInteger end, NSUInteger &spaces) const {
@@ -136,10 +132,7 @@ private:
             base += _tabWidth;
 
         for (NSUInteger start = behindTerminator(pasted, contentsEnd); start < pasted.length();) {
-            NSUInteger end = start;
-            while (end < pasted.length() && pasted.characterAtIndex(end) != u'\n' &&
-                   pasted.characterAtIndex(end) != u'\r')
-                ++end;
+            const NSUInteger end = endOfContents(pasted, start);
             NSUInteger spaces = 0;
             const NSRange own = measureIndentation(start, end, spaces);
             if (NSMaxRange(own) < end) {
@@ -160,9 +153,18 @@ private:
         return indentationEnd < contentsEnd && NSMaxRange(indentation) == _location;
     }
 
+    /// The first terminator from a location on, or the text's end.
+    static NSUInteger endOfContents(QVTextReader text, NSUInteger location) {
+        while (location < text.length() && text.characterAtIndex(location) != u'\n' &&
+               text.characterAtIndex(location) != u'\r')
+            ++location;
+        return location;
+    }
+
     static NSUInteger behindTerminator(QVTextReader text, NSUInteger contentsEnd) {
-        const NSRange newline = qv_rangeOfNewlineAtLocation(text, contentsEnd);
-        return newline.location == NSNotFound ? text.length() : NSMaxRange(newline);
+        if (contentsEnd == text.length())
+            return contentsEnd;
+        return NSMaxRange(qv_rangeOfNewlineAtLocation(text, contentsEnd));
     }
 
     /// Leaves the position behind the indentation, whatever became of it.
