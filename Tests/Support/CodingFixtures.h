@@ -61,6 +61,10 @@ public:
         const NSString &key) override {
         note(key, "dictionary", values.has_value());
     }
+    void encodeValueDictionary(const std::optional<std::map<NSString, NSCodingValue>> &values,
+                               const NSString &key) override {
+        note(key, "value dictionary", values.has_value());
+    }
     void failWithError(std::shared_ptr<NSError>) override {}
     std::shared_ptr<NSError> error() const override { return nullptr; }
 

@@ -68,8 +68,9 @@ NSRange QVConcreteTextStorage::rangeOfLineNumbersForCharacterRange(NSRange range
     };
     // The first and the last line; those in between need no look.
     _lines->enumerateLinesForCharacterRange(range, add);
-    if (range.length > 0)
-        _lines->enumerateLinesForCharacterRange({std::min(NSMaxRange(range) - 1, _lines->length()), 1}, add);
+    const NSUInteger end = std::min(NSMaxRange(range), _lines->length());
+    if (end > range.location)
+        _lines->enumerateLinesForCharacterRange({end - 1, 1}, add);
     if (actualCharacterRange != nullptr)
         *actualCharacterRange = lines.characters;
     return lines.numbers;
