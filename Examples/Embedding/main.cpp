@@ -7,11 +7,10 @@ using namespace quorvane;
 
 int main(int argc, char **argv) {
     const char *file = argc > 1 ? argv[1] : "Examples/Embedding/settings.xml";
-    std::shared_ptr<NSError> error;
-    const auto syntax =
-        QVSyntax::initWithContentsOfURL(NSURL::fileURLWithPath(NSString::stringWithUTF8String(file)), &error);
+    const NSURL url = NSURL::fileURLWithPath(NSString::stringWithUTF8String(file));
+    const auto syntax = QVSyntax::initWithContentsOfURL(url);
     if (!syntax) {
-        std::cerr << (error ? error->localizedDescription().UTF8String() : "no syntax") << '\n';
+        std::cerr << "no syntax in " << file << '\n';
         return 1;
     }
 
@@ -20,14 +19,12 @@ int main(int argc, char **argv) {
         parse->replaceCharactersInRange({0, 0}, u"answer = 41 # so far\n", nullptr);
         parse->replaceCharactersInRange({10, 1}, u"2", nullptr);
     });
-
     parse->performReadingBlockAndWait([&] {
         for (const QVScopeMatch *match : parse->rootMatch()->submatches()) {
-            if (match->scope()->type() != QVScopeTypeMatch)
-                continue; // blanks and line ends
             const auto [location, length] = match->fullRange();
-            std::cout << match->scope()->name().UTF8String() << ": "
-                      << NSString(parse->string().substr(location, length)).UTF8String() << '\n';
+            const NSString text(parse->string().substr(location, length));
+            if (match->scope()->type() == QVScopeTypeMatch) // neither blanks nor line ends
+                std::cout << match->scope()->name().UTF8String() << ": " << text.UTF8String() << '\n';
         }
     });
 }
