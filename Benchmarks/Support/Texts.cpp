@@ -111,6 +111,27 @@ std::u16string longLine(std::size_t units) {
     return line;
 }
 
+Text openScript(std::size_t lines) {
+    static constexpr std::string_view pieces[] = {
+        "export function area(width, height = 1.5) {",
+        "    const result = width * height // in inches",
+        "    if (result > limits[`max-${name}`]) {",
+        "        throw new RangeError(\"too large: \" + result)",
+        "    }",
+        "    return result.toFixed(2).replace(/0+$/, '')",
+        "}",
+        "",
+    };
+    std::string utf8;
+    for (std::size_t line = 0; line < lines; ++line) {
+        utf8 += pieces[line % std::size(pieces)];
+        utf8 += '\n';
+    }
+    test::loadBundledSyntaxes();
+    return {"javascript/" + std::to_string(lines) + "-lines", QVSyntax::syntaxForName(u"javascript"),
+            NSString::stringWithUTF8String(utf8), utf8.size()};
+}
+
 Text manyPatternsText(std::size_t patternCount, std::size_t bytes) {
     std::string file = "<syntax name=\"benchmark.many\"><scopes>\n";
     for (std::size_t index = 0; index < patternCount; ++index) {

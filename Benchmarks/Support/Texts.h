@@ -36,6 +36,9 @@ std::vector<Text> filesOfEnvironment();
 /// One line of script that a program has made small: calls, strings, lists and patterns without a blank.
 std::u16string longLine(std::size_t units);
 
+/// So many lines of JavaScript that no comment ends in: what is opened above them reaches to their end.
+Text openScript(std::size_t lines);
+
 /// A language of so many patterns (words, most of them) and a text for it.
 Text manyPatternsText(std::size_t patternCount, std::size_t bytes);
 

@@ -153,6 +153,19 @@ Look lookOfAttributes(const NSAttributes &attributes, const NSAttributes &defaul
     return look;
 }
 
+std::uint32_t Looks::numberOf(const NSAttributes &attributes) {
+    const auto [entry, isNew] = _numbers.try_emplace(attributes.begin(), 0);
+    if (isNew) {
+        _kept.push_back(attributes);
+        const Look look = lookOfAttributes(attributes, _defaults);
+        const auto found = std::find(_looks.begin(), _looks.end(), look);
+        entry->second = static_cast<std::uint32_t>(found - _looks.begin());
+        if (found == _looks.end())
+            _looks.push_back(look);
+    }
+    return entry->second;
+}
+
 std::string hexadecimal(Colour colour) {
     char text[8];
     std::snprintf(text, sizeof text, "#%02x%02x%02x", colour.red, colour.green, colour.blue);

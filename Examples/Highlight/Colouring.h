@@ -5,6 +5,8 @@
 #include "Quorvane/Parsers/QVParse.h"
 #include "Quorvane/Styles/QVTheme.h"
 
+#include <unordered_map>
+
 namespace highlight {
 
 /// A stretch of the text that looks the same all over. Places are UTF-16 code units.
@@ -47,6 +49,25 @@ std::vector<Run> attributeRuns(const quorvane::QVParse &parse, quorvane::NSRange
                                const quorvane::NSAttributes &defaults);
 
 Look lookOfAttributes(const quorvane::NSAttributes &attributes, const quorvane::NSAttributes &defaults);
+
+/// The looks of runs as small numbers, equal ones for equal looks. What runs share is looked at once: a text
+/// has millions of runs, and a few dozen looks.
+class Looks {
+public:
+    explicit Looks(quorvane::NSAttributes defaults) : _defaults(std::move(defaults)) {}
+
+    std::uint32_t numberOf(const quorvane::NSAttributes &attributes);
+    const Look &operator[](std::uint32_t number) const { return _looks[number]; }
+    bool isPlain(std::uint32_t number) const { return _looks[number] == Look(); }
+
+private:
+    quorvane::NSAttributes _defaults;
+    std::vector<Look> _looks;
+    /// By the address of the first attribute; the dictionaries are kept, so that none gets another's.
+    std::unordered_map<const void *, std::uint32_t> _numbers;
+    std::vector<quorvane::NSAttributes> _kept;
+};
+
 /// Absent for a null colour and one that can't be shown.
 std::optional<Colour> colourOf(const quorvane::NSColor *color);
 /// "#rrggbb".

@@ -10,26 +10,19 @@ namespace highlight {
 
 namespace {
 
-std::string escaped(const std::string &text) {
-    std::string result;
-    for (const char character : text)
-        switch (character) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '"':
-            result += "&quot;";
-            break;
-        default:
-            result += character;
-        }
-    return result;
+/// Appends the text with the signs of markup escaped.
+void appendEscaped(std::string &output, std::string_view text) {
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find_first_of("&<>\"", start), text.size());
+        output += text.substr(start, end - start);
+        if (end == text.size())
+            return;
+        output += text[end] == '&'   ? "&amp;"
+                  : text[end] == '<' ? "&lt;"
+                  : text[end] == '>' ? "&gt;"
+                                     : "&quot;";
+        start = end + 1;
+    }
 }
 
 std::string declarations(const Look &look) {
@@ -65,37 +58,50 @@ std::string rulesOfTheme(const PageTheme &page, const std::vector<std::pair<std:
 /// The text cut where any of the themes changes the look, with one name for each combination of looks.
 class Classes {
 public:
-    explicit Classes(const std::vector<PageTheme> &themes) : _themes(themes), _next(themes.size(), 0) {}
+    explicit Classes(const std::vector<PageTheme> &themes) : _themes(themes), _next(themes.size(), 0) {
+        for (const PageTheme &theme : themes)
+            _looks.emplace_back(theme.defaults);
+    }
 
-    /// The class of the stretch that begins here, and its end. Places come in order.
-    std::pair<std::string, NSUInteger> stretchAt(NSUInteger place) {
-        std::vector<Look> looks;
-        NSUInteger end = NSNotFound;
-        for (std::size_t index = 0; index < _themes.size(); ++index) {
-            const std::vector<Run> &runs = _themes[index].runs;
-            while (NSMaxRange(runs[_next[index]].range) <= place)
-                ++_next[index];
-            const Run &run = runs[_next[index]];
-            looks.push_back(lookOfAttributes(run.attributes, _themes[index].defaults));
-            end = std::min(end, NSMaxRange(run.range));
+    /// The class of the stretch that begins here, empty for plain text, and its end. Places come in order.
+    std::pair<const std::string &, NSUInteger> stretchAt(NSUInteger place) {
+        if (place >= _end) {
+            _numbers.clear();
+            _end = NSNotFound;
+            bool isPlain = true;
+            for (std::size_t index = 0; index < _themes.size(); ++index) {
+                const std::vector<Run> &runs = _themes[index].runs;
+                while (NSMaxRange(runs[_next[index]].range) <= place)
+                    ++_next[index];
+                const Run &run = runs[_next[index]];
+                _numbers.push_back(_looks[index].numberOf(run.attributes));
+                isPlain = isPlain && _looks[index].isPlain(_numbers.back());
+                _end = std::min(_end, NSMaxRange(run.range));
+            }
+            _name = &_plain;
+            if (!isPlain)
+                _name = &_names.try_emplace(_numbers, "c" + std::to_string(_names.size())).first->second;
         }
-        if (std::all_of(looks.begin(), looks.end(), [](const Look &look) { return look == Look(); }))
-            return {"", end};
-        const auto [entry, isNew] = _names.try_emplace(looks, "c" + std::to_string(_names.size()));
-        return {entry->second, end};
+        return {*_name, _end};
     }
 
     std::vector<std::pair<std::string, Look>> ofTheme(std::size_t index) const {
         std::vector<std::pair<std::string, Look>> result;
-        for (const auto &[looks, name] : _names)
-            result.emplace_back(name, looks[index]);
+        for (const auto &[numbers, name] : _names)
+            result.emplace_back(name, _looks[index][numbers[index]]);
         return result;
     }
 
 private:
     const std::vector<PageTheme> &_themes;
     std::vector<std::size_t> _next;
-    std::map<std::vector<Look>, std::string> _names;
+    std::vector<Looks> _looks;
+    std::map<std::vector<std::uint32_t>, std::string> _names;
+    const std::string _plain;
+    /// The stretch at hand.
+    std::vector<std::uint32_t> _numbers;
+    const std::string *_name = nullptr;
+    NSUInteger _end = 0;
 };
 
 } // namespace
@@ -113,18 +119,24 @@ std::string pageText(std::u16string_view text, const std::string &title,
             continue;
         }
         const auto [name, stretchEnd] = classes.stretchAt(place);
-        const std::size_t end =
-            std::min({static_cast<std::size_t>(stretchEnd), text.find_first_of(u"\r\n", place), text.size()});
-        const std::string piece = escaped(NSString(text.substr(place, end - place)).UTF8String());
-        body += name.empty() ? piece : "<span class=\"" + name + "\">" + piece + "</span>";
+        std::size_t end = place;
+        while (end < stretchEnd && text[end] != u'\n' && text[end] != u'\r')
+            ++end;
+        const std::string piece = NSString(text.substr(place, end - place)).UTF8String();
+        if (!name.empty())
+            body.append("<span class=\"").append(name).append("\">");
+        appendEscaped(body, piece);
+        if (!name.empty())
+            body += "</span>";
         place = end;
     }
     body += "\n</span>";
 
     const std::string light = rulesOfTheme(themes.front(), classes.ofTheme(0));
     std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-                       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
-                       escaped(title) + "</title>\n<style>\n";
+                       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>";
+    appendEscaped(page, title);
+    page += "</title>\n<style>\n";
     if (themes.size() > 1)
         page += ":root{color-scheme:light dark}\n";
     page +=

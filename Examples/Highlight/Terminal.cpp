@@ -80,14 +80,15 @@ std::string ansiText(std::u16string_view text, const std::vector<Run> &runs, con
     if (depth == ColourDepth::None)
         return NSString(text).UTF8String();
     std::string output;
+    Looks looks(defaults);
     for (std::size_t first = 0; first < runs.size();) {
-        const Look look = lookOfAttributes(runs[first].attributes, defaults);
+        const std::uint32_t look = looks.numberOf(runs[first].attributes);
         std::size_t behind = first + 1;
-        while (behind < runs.size() && lookOfAttributes(runs[behind].attributes, defaults) == look)
+        while (behind < runs.size() && looks.numberOf(runs[behind].attributes) == look)
             ++behind;
         const NSUInteger start = runs[first].range.location;
         const std::u16string_view piece = text.substr(start, NSMaxRange(runs[behind - 1].range) - start);
-        const std::string codes = codesOfLook(look, depth);
+        const std::string codes = codesOfLook(looks[look], depth);
         // Each line by itself: pagers show lines, and a background must not run on to the edge.
         for (std::size_t place = 0; place < piece.size();) {
             const std::size_t end = std::min(piece.find_first_of(u"\r\n", place), piece.size());
@@ -122,9 +123,10 @@ std::string textOfLook(const Look &look) {
 
 std::string attributesText(const std::vector<Run> &runs, const NSAttributes &defaults) {
     std::string output;
+    Looks looks(defaults);
     for (const Run &run : runs) {
         output += std::to_string(run.range.location) + " " + std::to_string(run.range.length);
-        const std::string look = textOfLook(lookOfAttributes(run.attributes, defaults));
+        const std::string look = textOfLook(looks[looks.numberOf(run.attributes)]);
         output += (look.empty() ? "" : " ") + look;
         if (const NSAttributeValue *const lexicalClass =
                 run.attributes.valueForKey(QVLexicalClassAttributeName))

@@ -110,4 +110,8 @@ std::string bundledSyntaxPath(const std::string &language) {
     return found->second;
 }
 
+std::string bundledThemePath(const std::string &name) {
+    return QUORVANE_SOURCE_DIR "/Packages/Themes/Themes/" + name + ".css";
+}
+
 } // namespace quorvane::test

@@ -40,6 +40,9 @@ void loadBundledSyntaxes();
 /// The syntax file of a bundled language.
 std::string bundledSyntaxPath(const std::string &language);
 
+/// The file of a bundled theme.
+std::string bundledThemePath(const std::string &name);
+
 /// A file's bytes; throws `std::runtime_error` where it can't be read.
 std::string contentsOfFile(const std::string &path);
 

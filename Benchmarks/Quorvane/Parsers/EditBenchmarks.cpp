@@ -87,7 +87,7 @@ void typeLetters(benchmark::State &state, const Text &text) {
     state.counters["to_fresh"] = quantile(edits, 0.5) / edited.freshSeconds();
 }
 
-/// The edit that changes everything: each line behind it becomes part of a comment.
+/// The edit that changes most: each line behind it becomes part of a comment, up to the end of one.
 void openComment(benchmark::State &state, const Text &text) {
     double opening = 0;
     double closing = 0;
@@ -107,6 +107,12 @@ void openComment(benchmark::State &state, const Text &text) {
     state.counters["closing_to_fresh"] = closing / fresh;
 }
 
+void registerComment(const Text &text) {
+    benchmark::RegisterBenchmark(("comment/" + text.name).c_str(), openComment, text)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
 void registerText(const Text &text) {
     benchmark::RegisterBenchmark(("letter/" + text.name).c_str(), typeLetters, text)
         ->UseManualTime()
@@ -120,10 +126,10 @@ void registerBenchmarks() {
             registerText(text);
             const NSString &language = text.syntax->name();
             if (language == u"c" || language == u"javascript" || language == u"css")
-                benchmark::RegisterBenchmark(("comment/" + text.name).c_str(), openComment, text)
-                    ->UseManualTime()
-                    ->Unit(benchmark::kMillisecond);
+                registerComment(text);
         }
+    for (const std::size_t lines : {10'000u, 200'000u})
+        registerComment(openScript(lines));
 }
 
 } // namespace
