@@ -8,6 +8,14 @@ namespace quorvane {
 
 namespace {
 
+/// The line in which a stretch of text begins, up to the one in which its last character stands.
+NSRange linesOfPiece(QVTextReader text, NSRange piece) {
+    const NSRange first = qv_lineRangeForRange(text, {piece.location, 0});
+    if (piece.length == 0)
+        return first;
+    return NSUnionRange(first, qv_lineRangeForRange(text, {NSMaxRange(piece) - 1, 0}));
+}
+
 std::shared_ptr<QVTextTransform> transformOfPiece(NSRange piece, NSRange lines, NSUInteger foldDepth) {
     const auto transform = QVTextTransform::init();
     transform->setRange(piece);
@@ -34,7 +42,7 @@ QVFoldingTextStorage::prepareTextTransformsInRange(NSRange range, TransformBlock
         const QVTextReader text = _backingStorage->string();
         if (foldDepth == 0) {
             bool ignored = false;
-            offer(transformOfPiece(piece, qv_lineRangeForRange(text, piece), foldDepth), ignored);
+            offer(transformOfPiece(piece, linesOfPiece(text, piece), foldDepth), ignored);
             return;
         }
         for (NSUInteger location = piece.location; location < NSMaxRange(piece) && !stop;) {
