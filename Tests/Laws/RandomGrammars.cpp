@@ -5,7 +5,8 @@
 
 namespace quorvane::test {
 
-RandomGrammars::RandomGrammars(std::uint32_t seed) : _state(seed * 2654435761u + 12345u) {
+RandomGrammars::RandomGrammars(std::uint32_t seed)
+    : _state(seed * 2654435761u + 12345u), _symbolState(seed * 2246822519u + 54321u) {
     for (const char *const syntaxName : {"test", "inner", "other"})
         _files.push_back(file(syntaxName));
     for (const std::string &text : _files)
@@ -132,7 +133,10 @@ std::string RandomGrammars::captures(const std::string &pattern) {
     std::string result;
     for (int number = 0; number <= groupsOf(pattern); ++number)
         if (oneIn(2))
-            result += captureText(number, "group" + std::to_string(number));
+            result += captureText(number, (oneInForSymbols(4)   ? "name."
+                                           : oneInForSymbols(4) ? "content."
+                                                                : "") +
+                                              ("group" + std::to_string(number)));
     return result;
 }
 
@@ -152,7 +156,12 @@ std::string RandomGrammars::expressionOrWords(std::string *written) {
 
 // Scopes
 
-std::string RandomGrammars::name() { return "n" + std::to_string(++_nameCount); }
+std::string RandomGrammars::name() {
+    return (oneInForSymbols(8)    ? "comment."
+            : oneInForSymbols(10) ? "name."
+                                  : "") +
+           ("n" + std::to_string(++_nameCount));
+}
 
 std::string RandomGrammars::sequenceAttributes() {
     std::string attributes;
@@ -164,7 +173,7 @@ std::string RandomGrammars::sequenceAttributes() {
 }
 
 std::string RandomGrammars::singleMatch() {
-    return element("scope", named(name()) + sequenceAttributes(), expressionOrWords());
+    return element("scope", named(name()) + sequenceAttributes(), expressionOrWords() + symbol(false));
 }
 
 std::string RandomGrammars::cutoff() {
@@ -218,7 +227,70 @@ std::string RandomGrammars::region(int depth) {
                     scopes(depth - 1, true, 4));
     }
     return element("scope", attributes,
-                   element("starts-with", "", start) + element("ends-with", "", end) + inside);
+                   element("starts-with", "", start) + element("ends-with", "", end) + inside + symbol(true));
+}
+
+// Symbols
+
+std::uint32_t RandomGrammars::belowForSymbols(std::uint32_t bound) {
+    std::swap(_state, _symbolState);
+    const std::uint32_t result = below(bound);
+    std::swap(_state, _symbolState);
+    return result;
+}
+
+std::string RandomGrammars::context() {
+    static const char *const behaviors[] = {"subtree", "start", "start", "end", "next", "whitespace", "none"};
+    static const char *const groups[] = {"", "", " group='g'", " group='h'", " group-by-name='true'"};
+    static const char *const unclosed[] = {"", " unclosed='extend-document'", " unclosed='truncate'"};
+    static const char *const others[] = {"",
+                                         "",
+                                         " priority='1'",
+                                         " priority='2'",
+                                         " export-local='property'",
+                                         " export-local='block'",
+                                         " arguments='true'",
+                                         " arguments='false'"};
+    return element("context",
+                   "behavior='" + oneForSymbols(behaviors) + "'" + oneForSymbols(groups) +
+                       oneForSymbols(unclosed) + oneForSymbols(others),
+                   "");
+}
+
+std::string RandomGrammars::symbol(bool isRegion) {
+    if (!oneInForSymbols(isRegion ? 2 : 3))
+        return "";
+    static const char *const types[] = {"function", "method",  "class",   "variable", "argument",  "argument",
+                                        "block",    "comment", "heading", "tag",      "expression"};
+    static const char *const scopes[] = {"", " scope='local'", " scope='local'", " scope='private'"};
+    static const char *const names[] = {"",
+                                        "",
+                                        " name-selector='name'",
+                                        " name-selector='group1'",
+                                        " name-selector='group0'",
+                                        " anonymous='true'"};
+    static const char *const filters[] = {"match-start='a'", "match-end='(?=a)'", "match-end='$'",
+                                          "match-start='.*b'"};
+    std::string content;
+    if (oneInForSymbols(10))
+        content += element("filter", oneForSymbols(filters), "");
+    if (oneInForSymbols(8))
+        content += element("display-name", "",
+                           element("component", "variable='name' replace='a' replace-with='[$0]'", "") +
+                               element("component", "selector='group0' prepend=':'", ""));
+    if (!oneInForSymbols(4))
+        content += context();
+    return element("symbol",
+                   "type='" + oneForSymbols(types) + "'" + oneForSymbols(scopes) + oneForSymbols(names),
+                   content);
+}
+
+std::string RandomGrammars::symbolRules() {
+    static const char *const rules[] = {
+        "", "<symbols><documentation match-multiple='comment' skip='name'/></symbols>",
+        "<symbols><documentation mode='after' match='*'/></symbols>",
+        "<symbols><documentation mode='subtree' match-multiple='*'/></symbols>"};
+    return oneForSymbols(rules) + "<comments><single><expression>;</expression></single></comments>";
 }
 
 std::string RandomGrammars::scope(int depth, bool inRegion) {
@@ -251,7 +323,8 @@ std::string RandomGrammars::file(const std::string &syntaxName) {
     if (oneIn(4))
         templates = element("template-scopes", "",
                             region(1) + (oneIn(2) ? singleMatch() : "") + (oneIn(3) ? include() : ""));
-    return syntaxText(syntaxName, collectionsText(collections) + templates + scopesText(scopes(2, false, 5)));
+    return syntaxText(syntaxName, collectionsText(collections) + templates + scopesText(scopes(2, false, 5)) +
+                                      symbolRules());
 }
 
 // Texts

@@ -51,7 +51,19 @@ private:
     std::string scopes(int depth, bool inRegion, std::uint32_t most);
     std::string file(const std::string &name);
 
+    std::uint32_t belowForSymbols(std::uint32_t bound);
+    bool oneInForSymbols(std::uint32_t count) { return belowForSymbols(count) == 0; }
+    template <std::size_t Count> std::string oneForSymbols(const char *const (&choices)[Count]) {
+        return choices[belowForSymbols(Count)];
+    }
+    /// What makes a scope's matches symbols; mostly nothing.
+    std::string symbol(bool isRegion);
+    std::string context();
+    std::string symbolRules();
+
     std::uint32_t _state;
+    /// Symbols have choices of their own, so that a seed's grammar is the same with and without them.
+    std::uint32_t _symbolState;
     int _nameCount = 0;
     std::vector<std::string> _files;
     std::vector<std::unique_ptr<RegisteredSyntax>> _syntaxes;

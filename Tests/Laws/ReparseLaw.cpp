@@ -10,6 +10,7 @@
 #include "Quorvane/Scopes/QVScopeSubsyntaxOptions.h"
 #include "Quorvane/Syntaxes/QVGrammar.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
+#include "Tests/Laws/SymbolLaw.h"
 
 #include <cstdio>
 #include <unordered_set>
@@ -397,6 +398,7 @@ NSUInteger ReparseLaw::firstLocation(const Edit &edit) const {
 
 std::string ReparseLaw::problemOfEdit(const Edit &edit) {
     const std::vector<std::uint64_t> before = paintedTree(*_parse);
+    const SymbolsBefore symbolsBefore(*_parse);
     const bool wasEmpty = _parse->rootMatch()->submatches().isEmpty();
     std::string excuse = excuseOfTree(*_parse);
     _text.replace(edit.range.location, edit.range.length, edit.text);
@@ -432,9 +434,19 @@ std::string ReparseLaw::problemOfEdit(const Edit &edit) {
     if (!problem.empty() && excuse.empty() &&
         differenceOfTrees(*_parse, *freshParseWithKnownIncludes()).empty())
         excuse = "an include stays what its first use made of it";
-    if (problem.empty() || excuse.empty())
+    if (!problem.empty() && excuse.empty())
         return problem;
-    ++_excusedCount;
+    if (problem.empty()) {
+        const SymbolVerdict verdict = compareSymbols(symbolsBefore, *_parse, *fresh, _answer);
+        if (!verdict.difference.empty())
+            return verdict.difference + "\nanswered " + std::to_string(_answer.location) + "," +
+                   std::to_string(_answer.length);
+        if (verdict.excuse.empty())
+            return "";
+        ++_excusedSymbolsCount;
+    } else {
+        ++_excusedCount;
+    }
     _parse = fresh;
     _texts = {_text};
     return "";

@@ -63,16 +63,18 @@ class ReparseLaw {
 public:
     ReparseLaw(std::shared_ptr<QVSyntax> syntax, std::u16string text, NSUInteger maximumLineLength = 0);
 
-    /// Empty where the law holds. Where the rules excuse a difference, the tree is parsed anew: also where a
-    /// fresh parse sees other matches in the lines before those that an edit parses again, which only a
-    /// pattern can bring about that looks over lines, and where a parse that knows its includes from the same
-    /// texts gives the edited tree, though it parsed each of them as a whole.
+    /// Empty where the law holds, that of symbols included. Where the rules excuse a difference, the tree is
+    /// parsed anew: also where a fresh parse sees other matches in the lines before those that an edit parses
+    /// again, which only a pattern can bring about that looks over lines, and where a parse that knows its
+    /// includes from the same texts gives the edited tree, though it parsed each of them as a whole.
     std::string problemOfEdit(const Edit &edit);
 
     QVParse &parse() { return *_parse; }
     const std::u16string &text() const { return _text; }
     NSRange answer() const { return _answer; }
     int excusedCount() const { return _excusedCount; }
+    /// How often the rules let symbols differ as wholes.
+    int excusedSymbolsCount() const { return _excusedSymbolsCount; }
 
 private:
     std::string problemOfTree(const QVParse &fresh) const;
@@ -89,6 +91,7 @@ private:
     std::shared_ptr<QVParse> _parse;
     NSRange _answer{};
     int _excusedCount = 0;
+    int _excusedSymbolsCount = 0;
 };
 
 /// For messages: printable units as they are, others by their numbers.

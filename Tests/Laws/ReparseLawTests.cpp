@@ -71,14 +71,17 @@ TEST(ReparseLaw, RandomGrammarsKeepIt) {
     const std::uint32_t first = fromEnvironment("QUORVANE_LAW_FIRST_SEED", 1);
     const std::uint32_t last = first + fromEnvironment("QUORVANE_LAW_SEEDS", 1000);
     int excusedCount = 0;
+    int excusedSymbolsCount = 0;
+    std::size_t symbolCount = 0;
     for (std::uint32_t seed = first; seed < last; ++seed) {
         RandomGrammars grammars(seed);
         ReparseLaw law(grammars.syntax(), grammars.nextText(), seed % 4 == 3 ? 12 : 0);
-        RandomEdits edits(seed, {u"b", u"c", u"d", u"(", u")", u"{", u"}", u"\"", u"<", u";", u"abc"});
+        RandomEdits edits(seed, {u"b", u"c", u"d", u"(", u")", u"{", u"}", u"\"", u"<", u";", u"abc", u"!"});
         for (int count = 0; count < 20; ++count) {
             const std::u16string before = law.text();
             const Edit edit = edits.next(law.parse());
             const std::string problem = law.problemOfEdit(edit);
+            symbolCount += law.parse().symbols().size();
             ASSERT_EQ(problem, "") << "seed " << seed << ", edit " << count << " of {" << edit.range.location
                                    << ", " << edit.range.length << "} with " << unitsOfText(edit.text)
                                    << "\nin " << unitsOfText(before) << "\n"
@@ -87,7 +90,48 @@ TEST(ReparseLaw, RandomGrammarsKeepIt) {
                                    << grammars.files()[2];
         }
         excusedCount += law.excusedCount();
+        excusedSymbolsCount += law.excusedSymbolsCount();
     }
     // An excuse that came often would hide something.
     EXPECT_LE(excusedCount, 2 + static_cast<int>(last - first) / 200);
+    // Of twenty edits for each seed.
+    EXPECT_LE(excusedSymbolsCount, 2 + static_cast<int>(last - first) / 50);
+    // So many are looked at that the law of symbols says something.
+    EXPECT_GE(symbolCount, 10u * (last - first));
+}
+
+TEST(ReparseLaw, SymbolsFarFromAnEditKeepIt) {
+    const LogRecorder log;
+    // A pattern of the third seed tries all ways to cut a long text.
+    const std::uint32_t first = fromEnvironment("QUORVANE_LAW_FIRST_SEED", 4);
+    const std::uint32_t last = first + fromEnvironment("QUORVANE_LAW_SEEDS", 120);
+    int excusedCount = 0;
+    int excusedSymbolsCount = 0;
+    std::size_t symbolCount = 0;
+    for (std::uint32_t seed = first; seed < last; ++seed) {
+        RandomGrammars grammars(seed);
+        // So many lines that an edit parses but a part of them again.
+        std::u16string text;
+        for (int count = 0; count < 8; ++count)
+            text += grammars.nextText() + u"\n";
+        ReparseLaw law(grammars.syntax(), text);
+        RandomEdits edits(seed, {u"b", u"(", u")", u"{", u"}", u";", u"abc", u"!"});
+        for (int count = 0; count < 20; ++count) {
+            const std::u16string before = law.text();
+            const Edit edit = edits.next(law.parse());
+            const std::string problem = law.problemOfEdit(edit);
+            symbolCount += law.parse().symbols().size();
+            ASSERT_EQ(problem, "") << "seed " << seed << ", edit " << count << " of {" << edit.range.location
+                                   << ", " << edit.range.length << "} with " << unitsOfText(edit.text)
+                                   << "\nin " << unitsOfText(before) << "\n"
+                                   << grammars.files()[0] << "\n"
+                                   << grammars.files()[1] << "\n"
+                                   << grammars.files()[2];
+        }
+        excusedCount += law.excusedCount();
+        excusedSymbolsCount += law.excusedSymbolsCount();
+    }
+    EXPECT_LE(excusedCount, 2 + static_cast<int>(last - first) / 20);
+    EXPECT_LE(excusedSymbolsCount, 2 + static_cast<int>(last - first) / 20);
+    EXPECT_GE(symbolCount, 50u * (last - first));
 }
