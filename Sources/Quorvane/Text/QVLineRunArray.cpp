@@ -147,7 +147,8 @@ NSUInteger QVLineRunArray::searchByProbing(NSUInteger index) const {
 
 void QVLineRunArray::enumerateLinesForLineNumberRange(NSRange range, LineBlock usingBlock) const {
     QVLineRun run = lineForLineNumber(range.location);
-    const NSUInteger end = range.location + std::min(range.length, _runs.count() - range.location);
+    const NSUInteger end =
+        range.location + std::min(range.length, std::numeric_limits<NSUInteger>::max() - range.location);
     NSUInteger number = range.location;
     do {
         bool stop = false;

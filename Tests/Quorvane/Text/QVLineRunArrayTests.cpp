@@ -222,6 +222,16 @@ TEST(QVLineRunArray, ACallbackThatEditsLeavesTheWalkSound) {
     }
 }
 
+TEST(QVLineRunArray, AWalkByNumberReachesLinesThatItsCallbackAdds) {
+    auto array = lines(u"a\nb");
+    int calls = 0;
+    array->enumerateLinesForLineNumberRange({0, 4}, [&](const QVLineRun &, NSUInteger, bool &) {
+        if (++calls == 1)
+            array->replaceCharactersInRange({3, 0}, u"\nc\nd\ne");
+    });
+    EXPECT_EQ(calls, 4);
+}
+
 TEST(QVLineRunArray, ARangesLinesAreUnitedWithIt) {
     const auto array = lines(u"a\nbc\nd");
     EXPECT_EQ(array->lineRangeForCharacterRange({3, 0}), (NSRange{2, 3}));
