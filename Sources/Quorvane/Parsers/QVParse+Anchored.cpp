@@ -63,9 +63,7 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstCutoff(const QVScope &scope, 
         scope.type() == QVScopeTypeStartEnd ? scope.endCaptures() : scope.captures();
     const bool takesCaptures = scope.type() == QVScopeTypeStartEnd || scope.type() == QVScopeTypeCutoff;
     if (takesCaptures && !captures.empty())
-        match->setCaptureMatches(QVCaptureMatch::captureMatchesWithCaptures(
-            captures, *expression, _regexMatchContext->matchData(), 0, _text->view(), outcome.range,
-            match.get(), *_matchPool));
+        setCapturesOfHit(*match, captures, *expression, _regexMatchContext->matchData());
     return match;
 }
 

@@ -55,6 +55,25 @@ bool QVParse::keepsStartResult(const QVScope &scope) {
             (scope.definesSubsyntax() && scope.subsyntaxOptions()->captureNumber()));
 }
 
+/// A capture can stand outside of its match, where the pattern only looks. Whoever looks for what lies in a
+/// range must know how far away such a match can be.
+void QVParse::setCapturesOfHit(QVScopeMatch &match, const QVScope::Captures &captures,
+                               const QVRegularExpression &expression, ::pcre2_real_match_data_16 *matchData) {
+    const NSRange hit = match.range();
+    auto captureMatches = QVCaptureMatch::captureMatchesWithCaptures(captures, expression, matchData, 0,
+                                                                     _text->view(), hit, &match, *_matchPool);
+    if (!captureMatches)
+        return;
+    for (const auto &capture : *captureMatches) {
+        const NSRange range = capture->range();
+        if (range.location < hit.location)
+            _captureReach = std::max(_captureReach, hit.location - range.location);
+        if (NSMaxRange(range) > NSMaxRange(hit))
+            _captureReach = std::max(_captureReach, NSMaxRange(range) - NSMaxRange(hit));
+    }
+    match.setCaptureMatches(std::move(captureMatches));
+}
+
 QVScopeMatchReference QVParse::matchForCutoffHit(const QVScope &scope, const QVRegularExpression &expression,
                                                  ::pcre2_real_match_data_16 *matchData, NSRange hit) {
     QVScopeMatchReference match = newMatch(&scope, hit);
@@ -62,8 +81,7 @@ QVScopeMatchReference QVParse::matchForCutoffHit(const QVScope &scope, const QVR
     // A cut-off's own captures are not taken here, other than in anchored matching: grammars are written for
     // it.
     if (matchData != nullptr && scope.type() == QVScopeTypeStartEnd && !scope.endCaptures().empty())
-        match->setCaptureMatches(QVCaptureMatch::captureMatchesWithCaptures(
-            scope.endCaptures(), expression, matchData, 0, _text->view(), hit, match.get(), *_matchPool));
+        setCapturesOfHit(*match, scope.endCaptures(), expression, matchData);
     return match;
 }
 
@@ -84,8 +102,7 @@ QVScopeMatchReference QVParse::matchForHit(const QVScope &scope,
     const bool usesEndCaptures = type == QVScopeTypeCutoff && (!anchored || !scope.endCaptures().empty());
     const QVScope::Captures &captures = usesEndCaptures ? scope.endCaptures() : scope.captures();
     if (matchData != nullptr && !captures.empty())
-        match->setCaptureMatches(QVCaptureMatch::captureMatchesWithCaptures(
-            captures, *expression, matchData, 0, _text->view(), hit, match.get(), *_matchPool));
+        setCapturesOfHit(*match, captures, *expression, matchData);
     return match;
 }
 

@@ -3,7 +3,7 @@
 #include "Platform/Foundation/NSAssertionHandler.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
 #include "Quorvane/Parsers/QVAttributeCache.h"
-#include "Quorvane/Parsers/QVParse.h"
+#include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseText.h"
 #include "Quorvane/Scopes/QVCapture.h"
 
@@ -19,6 +19,36 @@ struct AttributeWalk {
     NSRange range;
     QVAttributeCache &cache;
     QVAttributesBlock block;
+    /// What ends at or before the first place, or starts at or behind the other, has nothing in the range,
+    /// its captures included.
+    NSUInteger reachStart = 0;
+    NSUInteger reachEnd = NSNotFound;
+
+    bool isInReach(const QVMatch *match) const {
+        return reachEnd >= length || match->range().location < reachEnd;
+    }
+    /// The first child that can have something in the range; null where none has. Children follow each other
+    /// without overlaps.
+    const QVScopeMatch *firstChildInReach(const QVScopeMatch *match) const {
+        const QVScopeMatch *const first = QVScopeMatch::directFirstChild(match);
+        if (first == nullptr || !isInReach(first))
+            return nullptr;
+        if (reachStart == 0 || first->range().location >= reachStart)
+            return first;
+        // The last one that starts at or before: all others have ended by then.
+        const QVSubmatches children = match->submatches();
+        NSUInteger low = 0;
+        NSUInteger high = children.count();
+        while (high - low > 1) {
+            const NSUInteger middle = low + (high - low) / 2;
+            (children[middle]->range().location <= reachStart ? low : high) = middle;
+        }
+        return children[low];
+    }
+    const QVScopeMatch *nextSiblingInReach(const QVScopeMatch *match) const {
+        const QVMatch *const next = match->nextSibling();
+        return next != nullptr && isInReach(next) ? next->asScopeMatch() : nullptr;
+    }
 
     /// False when the block ends the walk.
     bool report(const NSAttributes &attributes, NSRange extent, const std::shared_ptr<QVSyntax> &syntax,
@@ -69,7 +99,8 @@ struct AttributeWalk {
     }
 
     /// A stack of the embedded languages between the top match and the present one. Trees are at most a
-    /// hundred deep, but one loop is faster than calls.
+    /// hundred deep, but one loop is faster than calls. The region around all of a file begins or ends in
+    /// many a range, so what is far from the range is passed over.
     bool reportTree(const QVScopeMatch *top, bool captures,
                     const std::shared_ptr<QVSyntax> &topSyntax) const {
         struct Embedding {
@@ -85,7 +116,7 @@ struct AttributeWalk {
             if (type != QVScopeTypeUnknown && type != QVScopeTypeWhitespace && type != QVScopeTypeNewline) {
                 if (!reportMatch(match, scope, captures, *syntax))
                     return false;
-                if (const QVScopeMatch *const child = QVScopeMatch::directFirstChild(match)) {
+                if (const QVScopeMatch *const child = firstChildInReach(match)) {
                     if (scope->definesSubsyntax()) {
                         if (auto subsyntax = match->subsyntax()) {
                             embeddings.push_back({match, std::move(subsyntax)});
@@ -96,14 +127,15 @@ struct AttributeWalk {
                     continue;
                 }
             }
-            while (match != top && match->nextSibling() == nullptr) {
+            const QVScopeMatch *next = nullptr;
+            while (match != top && (next = nextSiblingInReach(match)) == nullptr) {
                 match = match->parentMatch();
                 if (!embeddings.empty() && embeddings.back().match == match) {
                     embeddings.pop_back();
                     syntax = embeddings.empty() ? &topSyntax : &embeddings.back().syntax;
                 }
             }
-            match = match == top ? nullptr : match->nextSibling()->asScopeMatch();
+            match = next;
         }
         return true;
     }
@@ -175,7 +207,12 @@ void QVParse::enumerateAttributesStartingWithMatch(const QVScopeMatch *match, NS
     range = countableRange(range);
     // Readers run side by side: the parse's cache is out while one of them has it, and others make their own.
     std::unique_ptr<QVAttributeCache> cache = takeAttributeCache(defaultAttributes);
-    const AttributeWalk walk{_text->length(), range, *cache, usingBlock};
+    AttributeWalk walk{_text->length(), range, *cache, usingBlock};
+    // A line ending without a place says nothing of where its siblings are.
+    if (!_pass->hasMatchWithoutPlace) {
+        walk.reachStart = range.location - std::min(range.location, _captureReach);
+        walk.reachEnd = NSMaxRange(range) + std::min(_captureReach, NSNotFound - NSMaxRange(range));
+    }
 
     // Regions that began before the range come first.
     boost::container::small_vector<const QVScopeMatch *, 16> ancestors;

@@ -103,6 +103,7 @@ void QVParse::setDelegate(const std::shared_ptr<QVParseDelegate> &delegate) {
 void QVParse::clearAllMatches() {
     forgetSymbols();
     _rootMatch->setSubmatches(nullptr);
+    _captureReach = 0;
     setBracketLocationsByDepth(std::vector<NSIndexSet>());
     // Nothing of other syntaxes' grammars is left in the tree; what comes next resolves them as a first parse
     // would.

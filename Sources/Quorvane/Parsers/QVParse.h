@@ -23,6 +23,7 @@ class NSMutableAttributedString;
 class NSAttributedString;
 class NSProgress;
 class QVAttributeCache;
+class QVCapture;
 class QVCollection;
 class QVFormatter;
 class QVGrammar;
@@ -367,6 +368,8 @@ private:
                                             ::pcre2_real_match_data_16 *matchData, NSRange hit);
     void noteOutcome(const QVScope &scope, const QVMatchingOutcome &outcome);
     static bool keepsStartResult(const QVScope &scope);
+    void setCapturesOfHit(QVScopeMatch &match, const std::vector<std::shared_ptr<QVCapture>> &captures,
+                          const QVRegularExpression &expression, ::pcre2_real_match_data_16 *matchData);
 
     // What is tried
     static bool canBeCandidate(const QVScope &scope, bool inRoot, bool isTemplate);
@@ -443,6 +446,8 @@ private:
     /// Declared before the tree, whose nodes live in it.
     QVMatchPool::Owner _matchPool;
     QVScopeMatchReference _rootMatch;
+    /// How far outside of its match, in units, a capture stands at most.
+    NSUInteger _captureReach = 0;
     std::vector<std::shared_ptr<QVParseSymbol>> _symbols;
     bool _shouldCalculateBracketDepths = false;
     std::optional<std::vector<NSIndexSet>> _bracketLocationsByDepth;

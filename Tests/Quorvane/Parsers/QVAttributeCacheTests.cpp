@@ -205,6 +205,41 @@ TEST(QVAttributeCache, HoldsMoreScopesThanItStartsWithRoomFor) {
     }
 }
 
+TEST(QVAttributeCache, AnyRangeIsReportedAsByWalkingAllOfTheRegionsAroundIt) {
+    // Captures that stand in front of their matches, behind them, and in the line below.
+    const std::string label = matchText("label", "[a-c]+(?=\\s*(:))", captureText(1, "colon"));
+    const std::string value = matchText("value", "(?<=(=)..)\\d", captureText(1, "sign"));
+    const std::string block =
+        element("scope", named("block"),
+                element("starts-with", "", expressionText("\\((?=\\w*(.))") + captureText(1, "first")) +
+                    element("ends-with", "", expressionText("(?<=(.))\\)") + captureText(1, "last")) +
+                    subscopesText(label + value + element("include", "syntax=\"self\"", "")));
+    const auto syntax = syntaxWithElements(scopesText(block + label + value));
+    setStyles(syntax, {{u"label", 1},
+                       {u"colon", 2},
+                       {u"value", 3},
+                       {u"sign", 4},
+                       {u"block", 5},
+                       {u"first", 6},
+                       {u"last", 7}});
+    std::mt19937 random(11);
+    for (int round = 0; round < 60; ++round) {
+        std::u16string text;
+        for (int i = 0; i < 60; ++i)
+            text += u"(()abc : == 12 )\n"[random() % 17];
+        const auto parse = parseOfText(syntax, text);
+        parse->performReadingBlockAndWait([&] {
+            for (NSUInteger start = 0; start <= text.size(); ++start)
+                for (NSUInteger length : {1, 2, 5, 20}) {
+                    const NSRange range{start, length};
+                    ASSERT_EQ(reportsOf(*parse, range), plainReportsOf(*parse, range, {}))
+                        << NSString(text).UTF8String() << "\n"
+                        << start << "+" << length;
+                }
+        });
+    }
+}
+
 TEST(QVAttributeCache, EveryFileIsReportedAsByResolvingEachMatchAnew) {
     std::mt19937 random(5);
     loadBundledSyntaxes();

@@ -47,6 +47,18 @@ TEST(QVParseHighlighting, WhatHasNeitherStyleNorLexicalClassIsNotReported) {
     EXPECT_EQ(test::reportsOf(styled(wordText, {}), u"ab, cd"), "");
 }
 
+TEST(QVParseHighlighting, BlanksLineEndsAndUnknownTextSayNothingWhateverTheirStyle) {
+    const auto parse = parseOfText(styled(wordText, {{u"word", 3}}), u"ab +\ncd");
+    parse->performReadingBlockAndWait([&] {
+        // A theme's rule for the name of one of them would do this.
+        for (const QVScopeMatch *const match : parse->rootMatch()->submatches())
+            if (match->scope()->type() != QVScopeTypeMatch)
+                const_cast<QVScope *>(match->scope())->addStyle(styleWithNumber(9));
+        EXPECT_EQ(test::reportsOf(*parse, {0, 7}), "0+2 3\n5+2 3\n");
+        EXPECT_EQ(test::reportsOf(*parse, {2, 3}), "");
+    });
+}
+
 TEST(QVParseHighlighting, ALexicalClassIsReportedWithoutAStyle) {
     const auto syntax = styled(matchText("test.keyword", "[a-z]+"), {});
     EXPECT_EQ(test::reportsOf(syntax, u"ab"), "0+2 keyword\n");
@@ -205,11 +217,11 @@ TEST(QVParseHighlighting, AnUnfinishedEmbeddedLanguageHasDefaultsToTheEndOfTheTe
         QVAttributeCache scratch(defaults(7));
         std::string reports;
         EXPECT_TRUE(QVParseEnumerateAttributesForMatchUsingBlock(
-            *parse, syntax, {0, 5}, match.get(), match->scope(), true, scratch,
+            *parse, syntax, {0, 50}, match.get(), match->scope(), true, scratch,
             [&](const NSAttributes &attributes, NSRange range, const std::shared_ptr<QVSyntax> &reported,
                 std::uint64_t flags,
                 bool &) { reports += drawnReport(*parse, attributes, range, reported, flags); }));
-        EXPECT_EQ(reports, "default 3+2 d7@none\n");
+        EXPECT_EQ(reports, "default 3+3 d7@none\n");
     });
 }
 
@@ -223,6 +235,57 @@ TEST(QVParseHighlighting, BehindAnEmbeddedLanguageTheOuterOneIsBack) {
                {{u"word", 6}});
     EXPECT_EQ(test::reportsOf(syntax, u"(<a>b)"), "2+1 5@inner\n4+1 6\n");
     EXPECT_EQ(reportsOf(syntax, u"(<a>b)", {2, 4}), "2+1 5@inner\n2+1 5@inner\n4+1 6\n2+1 5@inner\n4+1 6\n");
+}
+
+TEST(QVParseHighlighting, RegionsAroundTheRangeAreReportedWithTheSyntaxTheyStandIn) {
+    const auto innerSyntax = syntaxFromXML(syntaxText("inner", scopesText(blockText)));
+    setStyles(innerSyntax, {{u"block", 5}, {u"word", 6}});
+    const RegisteredSyntax inner(innerSyntax);
+    const auto syntax = styled(embeddedText("code", "<", ">", named("inner")), {{u"code", 1}});
+    EXPECT_EQ(reportsOf(syntax, u"<(a b)>", {2, 1}), "2+1 1\n2+1 5@inner\n2+1 6@inner\n");
+    // Where the flag ends the way to the match, the match stands in its syntax all the same.
+    EXPECT_EQ(reportsOf(syntax, u"<(a b)>", {2, 1}, {}, 1), "2+1 1\n2+1 6@inner\n");
+}
+
+TEST(QVParseHighlighting, InsideOfAnEmbeddedLanguageThatIsNotFoundTheDocumentsIsTold) {
+    const auto innerSyntax = syntaxFromXML(syntaxText(
+        "inner", scopesText(regionText("code", "<", ">", element("subsyntax", named("none"), "")))));
+    innerSyntax->grammar()->scopes().front()->addSubscope(
+        styled(blockText, {{u"block", 5}, {u"word", 6}})->grammar()->scopes().front());
+    const RegisteredSyntax inner(innerSyntax);
+    const auto syntax = styled(embeddedText("page", "\\{", "\\}", named("inner")), {});
+    // On the way up from the word, the nearest region that embeds a language has none.
+    EXPECT_EQ(reportsOf(syntax, u"{<(a b)>}", {3, 1}), "3+1 5\n3+1 6\n");
+}
+
+// Far from the range
+
+TEST(QVParseHighlighting, ARegionAroundAllIsNotWalkedForTheFewUnitsAtItsEdges) {
+    const std::string region =
+        regionText("block", "\\(", "\\)", subscopesText(matchText("w", "(w)", captureText(1, "c"))));
+    const auto parse = parseOfText(styled(region, {{u"w", 1}, {u"c", 2}}), u"(wwwwwwwwww)");
+    parse->performWritingBlockAndWait([&] {
+        // Whoever looked at the match in the middle would report captures that stand at both ends.
+        const QVScopeMatch *const block = parse->rootMatch()->firstChild();
+        QVScopeMatch *const middle = block->submatches()[5];
+        for (const NSUInteger place : {1, 10}) {
+            (*middle->captureMatches())[0]->setRange({place, 1});
+            EXPECT_EQ(test::reportsOf(*parse, {0, 2}), "1+1 1\n1+1 2\n");
+            EXPECT_EQ(test::reportsOf(*parse, {10, 2}), "10+1 1\n10+1 2\n10+1 1\n10+1 2\n");
+        }
+    });
+}
+
+TEST(QVParseHighlighting, CapturesFarFromTheirMatchAreReportedWithIt) {
+    const std::string label = matchText("label", "\\w+(?=\\s*(:))", captureText(1, "colon"));
+    const std::string value = matchText("value", "(?<=(=).{4})\\d+", captureText(1, "sign"));
+    const auto syntax = styled(regionText("block", "\\(", "\\)", subscopesText(label + value)),
+                               {{u"colon", 1}, {u"sign", 2}});
+    const std::u16string text = u"(a a    : a =    7)";
+    // From the range's start, and again from the region's, which ends in the range.
+    EXPECT_EQ(reportsOf(syntax, text, {8, 11}), "12+1 2\n8+1 1\n12+1 2\n");
+    // The region starts in the range, and the second match behind it.
+    EXPECT_EQ(reportsOf(syntax, text, {0, 13}), "8+1 1\n12+1 2\n");
 }
 
 // Resets
