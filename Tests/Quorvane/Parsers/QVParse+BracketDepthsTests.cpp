@@ -94,6 +94,8 @@ TEST(QVParseBracketDepths, OnlySingleUnitsAreBrackets) {
     EXPECT_EQ(bracketsOf(syntaxWith({{u"begin", u"end"}, {u"\U0001D11E", u"x"}, {u"(", u")"}}),
                          u"begin (end) \U0001D11E x"),
               "6 10");
+    // The unit that closes a longer one closes nothing.
+    EXPECT_EQ(bracketsOf(syntaxWith({{u"be", u"x"}, {u"b", u")"}}), u"bx)"), "0 2");
 }
 
 TEST(QVParseBracketDepths, BracketsMayStandFarUpInTheCharacters) {

@@ -1,9 +1,12 @@
 // What an edit parses again, and what it leaves alone.
 
 #include "Platform/Dispatch/MainQueue.h"
+#include "Platform/Foundation/QVLimits.h"
+#include "Quorvane/Matches/QVCaptureMatch.h"
 #include "Quorvane/Parsers/QVParseDelegate.h"
 #include "Quorvane/Parsers/QVParseSymbol.h"
 #include "Quorvane/Scopes/QVScope.h"
+#include "Quorvane/Syntaxes/QVSyntax.h"
 #include "Tests/Quorvane/Parsers/AccessFixtures.h"
 #include "Tests/Quorvane/Parsers/GrammarText.h"
 #include "Tests/Support/Recorders.h"
@@ -67,8 +70,12 @@ private:
 } // namespace
 
 TEST_F(Reparse, DeletingAllTextEmptiesTreeSymbolsAndBracketTable) {
-    start(words, u"a b");
-    EXPECT_EQ(edit({0, 3}, u""), (NSRange{0, 0}));
+    start(comment + words, u"/*!a*/ (b)");
+    parse->syntax()->setBracketPairs({{u"(", u")"}});
+    parse->performWritingBlockAndWait([&] { parse->setShouldCalculateBracketDepths(true); });
+    ASSERT_EQ(parse->symbols().size(), 1u);
+    ASSERT_EQ(parse->bracketLocationsByDepth()->size(), 1u);
+    EXPECT_EQ(edit({0, 10}, u""), (NSRange{0, 0}));
     EXPECT_TRUE(parse->rootMatch()->submatches().isEmpty());
     EXPECT_TRUE(parse->symbols().empty());
     ASSERT_TRUE(parse->bracketLocationsByDepth());
@@ -80,6 +87,18 @@ TEST_F(Reparse, TheSecondEditAnswersARangeFromTheLineBeforeIt) {
     // "cc" gets a letter: the lines of "bb", "ccc" and "dd".
     EXPECT_EQ(edit({7, 0}, u"c"), (NSRange{3, 10}));
     EXPECT_EQ(tree(), freshTree());
+}
+
+TEST_F(Reparse, TheProgressBlockIsNeverCalled) {
+    start(words, u"");
+    int calls = 0;
+    const auto progress = [&](double) { ++calls; };
+    parse->performWritingBlockAndWait([&] {
+        parse->replaceCharactersInRange({0, 0}, u"aa\nbb\ncc\n", progress);
+        parse->replaceCharactersInRange({4, 1}, u"x", progress);
+        parse->replaceCharactersInRange({0, 9}, u"", progress);
+    });
+    EXPECT_EQ(calls, 0);
 }
 
 TEST_F(Reparse, ALetterInAWordParsesThreeLinesAndKeepsAllOtherNodes) {
@@ -182,6 +201,18 @@ TEST_F(Reparse, ARegionThatLosesItsEndAtTheTextsEndLosesItsEndCaptures) {
     EXPECT_EQ(tree(), freshTree());
 }
 
+TEST_F(Reparse, ARegionThatIsClosedTakesTheCapturesOfItsEnd) {
+    start("<scope name='comment'><starts-with><expression>/\\*</expression></starts-with><ends-with>"
+          "<expression>(\\*)/</expression><capture number='1' name='ending'/></ends-with></scope>",
+          u"/* a\nb\nc\nd\n");
+    edit({7, 0}, u"*/");
+    ASSERT_NE(child(0)->endCaptureMatches(), nullptr);
+    const QVCaptureMatch &ending = *child(0)->endCaptureMatches()->front();
+    EXPECT_EQ(ending.range(), (NSRange{7, 1}));
+    EXPECT_EQ(ending.parentMatch(), child(0));
+    EXPECT_EQ(tree(), freshTree());
+}
+
 /// Where the new text is longer than the old, new nodes stand at the numbers that old ones had. Taken for
 /// old, they told the wrong context, and a block that had lost its end kept it.
 TEST_F(Reparse, NewNodesAreNotTakenForOldOnesAtTheSameNumber) {
@@ -221,6 +252,28 @@ TEST_F(Reparse, TemplateScopesAreNotTriedInsideOfATemplateScopeThatIsGoneOnIn) {
     EXPECT_EQ(tree(), freshTree());
 }
 
+TEST_F(Reparse, CutoffsOfTheLanguageAroundEndARegionThatIsGoneOnIn) {
+    const RegisteredSyntax inner(syntaxFromXML("<syntax name='inner'><scopes>" +
+                                               region("block", "\\[", "\\]", holding(words)) +
+                                               "</scopes></syntax>"));
+    start(region("code", "&lt;", "&gt;", "<subsyntax name='inner'>" + cutoff("cut", ";") + "</subsyntax>"),
+          u"<\n[\na\nb\n]\n>\nc\n");
+    const QVScopeMatch *const block = child(0)->submatches()[1];
+    ASSERT_EQ(block->endRange(), (NSRange{8, 1}));
+    edit({6, 1}, u";");
+    EXPECT_EQ(block->endRange(), (NSRange{6, 1}));
+    EXPECT_EQ(tree(), freshTree());
+}
+
+TEST_F(Reparse, RegionsAroundCountForTheDepthOfNesting) {
+    std::u16string text;
+    for (std::size_t depth = 0; depth + 4 < limits::parseNestingDepth; ++depth)
+        text += u"(\n";
+    start(region("p", "\\(", "\\)", holding("<include syntax='self'/>")), text + u"a\nb\n");
+    edit({text.size(), 1}, u"((((((((");
+    EXPECT_EQ(tree(), freshTree());
+}
+
 TEST_F(Reparse, BetweenCRAndLFTheLineEndingFallsApartAndGrowsTogether) {
     start(words, u"aa\r\nbb\r\ncc\r\ndd\r\n");
     edit({7, 0}, u"x");
@@ -251,6 +304,18 @@ TEST_F(Reparse, ASequenceThatFindsNothingMoreEndsThere) {
     edit({5, 1}, u"x");
     EXPECT_EQ(child(0)->endRange(), (NSRange{5, 0}));
     EXPECT_FALSE(child(0)->skipForBumping());
+    EXPECT_EQ(tree(), freshTree());
+}
+
+TEST_F(Reparse, ASequenceThatFindsNothingMoreLosesTheCapturesOfItsEnd) {
+    start("<scope name='r'><starts-with><expression>\\(</expression></starts-with><ends-with>"
+          "<expression>\\)</expression><capture number='0' name='ending'/></ends-with>" +
+              following(single("a", "a") + single("b", "b") + single("c", "c")) + "</scope>" + words,
+          u"(a\nb\nc)\nd\n");
+    ASSERT_NE(child(0)->endCaptureMatches(), nullptr);
+    edit({3, 1}, u"x");
+    EXPECT_EQ(child(0)->endRange(), (NSRange{3, 0}));
+    EXPECT_EQ(child(0)->endCaptureMatches(), nullptr);
     EXPECT_EQ(tree(), freshTree());
 }
 
@@ -371,6 +436,44 @@ TEST_F(Reparse, ADirtyTreeIsAskedForItsOldMatches) {
     child(2)->setInserted(true);
     EXPECT_EQ(QVParse::matchAtLocation(6, first), nullptr);
     child(2)->setInserted(false);
+}
+
+TEST_F(Reparse, OnLeavingTheLastChildOfSeveralRegionsAllOfThemAreAsked) {
+    start(region("outer", "\\[", "\\]+", holding(region("inner", "\\(", "\\)", holding(words)))), u"[(a)]]");
+    QVScopeMatch *const outer = child(0);
+    QVScopeMatch *const word = outer->firstChild()->firstChild();
+    EXPECT_EQ(QVParse::matchAtLocation(3, word), outer->firstChild());
+    EXPECT_EQ(QVParse::matchAtLocation(5, word), outer);
+    // Not on leaving a child that has a sibling.
+    start(region("outer", "\\[", "\\]", holding(words)), u"[a b] c");
+    EXPECT_EQ(QVParse::matchAtLocation(6, child(0)->firstChild()), child(2));
+    EXPECT_EQ(QVParse::matchAtLocation(4, child(0)->firstChild()), child(0));
+}
+
+TEST_F(Reparse, CapturesMoveWithWhatIsBumped) {
+    const std::string tag =
+        "<scope name='tag'><starts-with><expression>(\\w)&lt;</expression><capture number='1' name='open'/>"
+        "</starts-with><ends-with><expression>&gt;(\\w)</expression><capture number='1' name='close'/>"
+        "</ends-with></scope>";
+    const auto range = [](const QVCaptureMatchArray *captures) { return captures->front()->range(); };
+    start(tag, u"a<>b c<>d");
+    QVScopeMatch *const first = child(0);
+    QVScopeMatch *const second = child(2);
+    QVParse::bumpRangesBy(10, first);
+    EXPECT_EQ(range(first->captureMatches()), (NSRange{0, 1}));
+    EXPECT_EQ(range(first->endCaptureMatches()), (NSRange{3, 1}));
+    EXPECT_EQ(range(second->captureMatches()), (NSRange{15, 1}));
+    EXPECT_EQ(range(second->endCaptureMatches()), (NSRange{18, 1}));
+    // Match by match, since one of them can't go so far; the region around ends further on too.
+    start(tag + region("block", "\\(", "(\\))", holding(tag)), u"(a<>b c<>d)");
+    const AssertionRecorder assertions;
+    QVScopeMatch *const block = child(0);
+    QVParse::bumpRangesBy(-6, block->submatches()[0]);
+    EXPECT_EQ(assertions.messages().size(), 1u);
+    EXPECT_EQ(block->submatches()[1]->range(), (NSRange{5, 1}));
+    EXPECT_EQ(range(block->submatches()[2]->captureMatches()), (NSRange{0, 1}));
+    EXPECT_EQ(range(block->submatches()[2]->endCaptureMatches()), (NSRange{3, 1}));
+    EXPECT_EQ(block->endRange(), (NSRange{4, 1}));
 }
 
 TEST_F(Reparse, BumpingMovesWhatLiesBehindAndTheEndsAround) {
