@@ -40,6 +40,77 @@ class QueryTests(HighlightCase):
         self.assert_definition("javascript", "function f(a) {\n  return ¦a\n}\n", "1:12: argument a in f")
         self.assert_definition("javascript", "function f(a) {}\nb = ¦a\n", None)
 
+    def test_functions_of_javascript_are_known_to_those_before_them(self):
+        text = "function outer() {\n  function f() { %sg() }\n  function g() {}\n}\nx = %sg();\n"
+        self.assert_definition("javascript", text % ("¦", ""), "3:12: function g in outer")
+        self.assert_definition("javascript", text % ("", "¦"), None)
+
+    def test_what_an_arrow_function_is_given_is_no_argument_of_the_function_around_it(self):
+        self.assert_definition("javascript", "function f(a) {\n  g((x) => ¦x)\n}\n", "2:6: variable x in f")
+
+    def test_variables_of_javascript_end_with_their_function(self):
+        self.assert_occurrences("javascript", "function f() {\n  let a = 1;\n  return ¦a.a;\n}\na = 2;\n",
+                                "2:7", "3:10", "3:12")
+
+    def test_imported_names_of_javascript_are_defined_by_their_import(self):
+        self.assert_definition("javascript", "import { a as b } from 'c';\nuse(¦b)\n", "1:15: variable b")
+
+    # TypeScript
+
+    def test_what_the_parameters_of_a_type_are_called_is_seen_nowhere(self):
+        self.assert_definition("typescript", "function f(a: (b: string) => void) {\n  return ¦b\n}\n", None)
+        self.assert_definition("typescript", "function f(a: (b: string) => void) {\n  return ¦a\n}\n",
+                               "1:12: argument a in f")
+
+    def test_types_of_typescript_are_defined(self):
+        self.assert_definition("typescript", "interface Point { x: number }\nlet p: ¦Point\n",
+                               "1:11: interface Point")
+        self.assert_occurrences("typescript", "type Key = string\nlet k: ¦Key, l: Key[]\n",
+                                "1:6", "2:8", "2:16")
+
+    # Python
+
+    def test_variables_of_python_belong_to_their_function(self):
+        self.assert_definition("python", "def f(a):\n    b = a\n    return ¦b\n", "2:5: variable b in f")
+        self.assert_definition("python", "def f(a):\n    b = a\nprint(¦b)\n", None)
+        self.assert_definition("python", "def f(a):\n    b = ¦a\n", "1:7: argument a in f")
+
+    def test_the_first_of_several_assignments_in_a_function_of_python_counts(self):
+        self.assert_definition("python", "def f():\n    b = 1\n    b = 2\n    return ¦b\n",
+                               "2:5: variable b in f")
+
+    def test_members_of_python_are_found_behind_a_dot(self):
+        self.assert_definition("python", "class A:\n    x = 1\n\n    def m(self):\n        return self.¦x\n",
+                               "2:5: property x")
+
+    def test_occurrences_of_python_end_with_the_function(self):
+        self.assert_occurrences("python", "def f(a):\n    return ¦a\na = 1\n", "1:7", "2:12")
+
+    # Shell
+
+    def test_a_dollar_sign_is_no_part_of_a_name(self):
+        self.assert_definition("shell", "A=1\necho $¦A\n", "1:1: variable A")
+        self.assert_definition("shell", "A=1\necho ${¦A}\n", "1:1: variable A")
+        self.assert_occurrences("shell", "A=1\necho $¦A ${A} ${A:-x} A\n", "1:1", "2:7", "2:11", "2:16")
+
+    def test_local_variables_of_shell_are_seen_within_their_function_alone(self):
+        text = "f() {\n    local a=1\n    echo $%sa\n}\necho $%sa\n"
+        self.assert_definition("shell", text % ("¦", ""), "2:11: variable a in f")
+        self.assert_definition("shell", text % ("", "¦"), None)
+
+    def test_commands_of_shell_are_defined_by_their_functions(self):
+        self.assert_definition("shell", "greet() { :; }\n¦greet you\n", "1:1: function greet")
+
+    # YAML
+
+    def test_aliases_of_yaml_are_defined_by_the_nearest_anchor_before(self):
+        text = "a: &x 1\nb: *%sx\nc: &x 2\nd: *%sx\n"
+        self.assert_definition("yaml", text % ("¦", ""), "1:5: reference x")
+        self.assert_definition("yaml", text % ("", "¦"), "3:5: reference x")
+
+    def test_occurrences_of_an_anchor_of_yaml_are_its_aliases(self):
+        self.assert_occurrences("yaml", "a: &x 1\nb: *¦x\nc: [*x, x]\n", "1:5", "2:5", "3:6")
+
 
 if __name__ == "__main__":
     unittest.main()
