@@ -30,7 +30,7 @@ inline constexpr const char16_t *QVLoadablePackagesUserInfoKey = u"QVLoadablePac
 /// under one lock, as does the connecting of a grammar at its first use. What comes first stays: nothing is
 /// replaced and nothing merged.
 ///
-/// Lock order: a syntax's monitor, the package lock, a registry's own lock. What a package brought stays
+/// Lock order: the package lock, a syntax's monitor, a registry's own lock. What a package brought stays
 /// valid after it went for as long as somebody holds it, so that a parse at work on another thread is not
 /// disturbed.
 class QV_EXPORT QVLoadable : public NSObject {

@@ -50,15 +50,16 @@ std::shared_ptr<QVGrammar> QVSyntax::visibleGrammar() const {
 
 std::shared_ptr<QVGrammar> QVSyntax::grammarResolvingIfNecessary(bool resolve) const {
     // An unload asks without resolving while it holds the package lock, so this must not wait for a thread
-    // that holds the monitor and waits for that lock.
+    // that unpacks.
     auto grammar = visibleGrammar();
     if (grammar || !resolve)
         return grammar;
 
-    const std::lock_guard monitor(_monitor);
-    if ((grammar = visibleGrammar()))
-        return grammar;
-    unpackGrammar();
+    {
+        // Let go before the package lock is waited for: whoever has that lock may ask for this grammar too.
+        const std::lock_guard monitor(_monitor);
+        unpackGrammar();
+    }
     connectGrammar();
     // Also where an unload has come in between, behind which the grammar is not to be seen any more.
     const std::lock_guard guard(_stateLock);
@@ -87,6 +88,9 @@ void QVSyntax::connectGrammar() const {
     const auto self =
         std::const_pointer_cast<QVSyntax>(std::static_pointer_cast<const QVSyntax>(shared_from_this()));
     performBlockWithPackageLock([&] {
+        // Another thread may have been here first.
+        if (visibleGrammar())
+            return;
         // What connects the grammar asks for it again; no other thread may see it before that is done.
         struct Connecting {
             const QVSyntax &syntax;

@@ -234,7 +234,8 @@ private:
     void unpackGrammar() const;
     void connectGrammar() const;
 
-    /// Held while the grammar is unpacked and connected, before the package lock.
+    /// Held while the grammar is unpacked, for which no other lock is taken. It is connected under the
+    /// package lock alone.
     mutable std::recursive_mutex _monitor;
     /// Guards the next four for a moment each; nothing is called under it.
     mutable std::mutex _stateLock;

@@ -8,6 +8,7 @@
 #include "Quorvane/Symbols/QVSymbolTypes.h"
 #include "Tests/Support/CodingFixtures.h"
 #include "Tests/Support/Recorders.h"
+#include "Tests/Support/TemporaryFolder.h"
 #include "Tests/Support/XMLFixtures.h"
 
 #include <atomic>
@@ -121,6 +122,35 @@ TEST(QVCompletionSet, AFileGivesItsSetsByName) {
     ASSERT_EQ(sets.size(), 2u);
     EXPECT_EQ(stringsOf(*sets.at(u"a")), (Texts{u"x", u"y"}));
     EXPECT_EQ(stringsOf(*sets.at(u"b")), Texts());
+}
+
+TEST(QVCompletionSet, AFileIsReadFromItsPlace) {
+    const TemporaryFolder folder;
+    folder.write("words.xml", "<completions><set name='a'><completion string='x'/></set>"
+                              "<provider name='p'/></completions>");
+    std::vector<std::shared_ptr<QVCompletionProvider>> providers;
+    std::shared_ptr<NSError> error;
+    const auto sets =
+        QVCompletionSet::completionSetsWithContentsOfURL(folder.url("words.xml"), &providers, &error);
+    ASSERT_TRUE(sets.has_value());
+    EXPECT_EQ(error, nullptr);
+    EXPECT_EQ(stringsOf(*sets->at(u"a")), (Texts{u"x"}));
+    ASSERT_EQ(providers.size(), 1u);
+    EXPECT_EQ(providers[0]->name(), u"p");
+    EXPECT_TRUE(QVCompletionSet::completionSetsWithContentsOfURL(folder.url("words.xml")).has_value());
+}
+
+TEST(QVCompletionSet, AFileThatIsMissingOrNoXMLGivesAnError) {
+    const TemporaryFolder folder;
+    folder.write("broken.xml", "<completions>\n  <set></completions>");
+    for (const char *const name : {"missing.xml", "broken.xml"}) {
+        std::shared_ptr<NSError> error;
+        EXPECT_FALSE(
+            QVCompletionSet::completionSetsWithContentsOfURL(folder.url(name), nullptr, &error).has_value());
+        ASSERT_NE(error, nullptr) << name;
+        EXPECT_EQ(error->domain(), NSString(QVXMLDocumentErrorDomain)) << name;
+        EXPECT_FALSE(QVCompletionSet::completionSetsWithContentsOfURL(folder.url(name)).has_value());
+    }
 }
 
 TEST(QVCompletionSet, ASetWithoutANameIsSkipped) {

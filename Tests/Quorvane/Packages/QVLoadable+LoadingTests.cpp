@@ -277,6 +277,13 @@ TEST(QVLoadableLoading, TheNotificationNamesWhatWasTakenAndComesWithoutTheLock) 
     EXPECT_EQ(recorder.notifications[0].userInfo.size(), 1u);
 }
 
+TEST(QVLoadableLoading, NotificationsAndTheirKeyHaveTheNamesOfTheirConstants) {
+    EXPECT_EQ(NSString(QVLoadableDidLoadPackagesNotification), u"QVLoadableDidLoadPackagesNotification");
+    EXPECT_EQ(NSString(QVLoadableWillUnloadPackagesNotification),
+              u"QVLoadableWillUnloadPackagesNotification");
+    EXPECT_EQ(NSString(QVLoadablePackagesUserInfoKey), u"QVLoadablePackages");
+}
+
 TEST(QVLoadableLoading, ALoadOfNothingIsTold) {
     const PackageNotificationRecorder recorder;
     QVLoadable::loadPackagesIntoSyntaxEngine({});

@@ -1,4 +1,5 @@
 #include "Quorvane/Completions/QVCompletionSet.h"
+#include "Quorvane/Packages/QVPackageLock.h"
 #include "Quorvane/Scopes/QVCapture.h"
 #include "Quorvane/Styles/QVTheme.h"
 #include "Quorvane/Styles/QVThemeController.h"
@@ -6,6 +7,8 @@
 #include "Tests/Support/Recorders.h"
 
 #include <gmock/gmock.h>
+
+#include <future>
 
 using namespace quorvane;
 using namespace quorvane::test;
@@ -229,6 +232,31 @@ TEST(QVLoadableUnloading, GoingProvidersLeaveTheSyntaxesTheyWereAddedTo) {
     EXPECT_EQ(own->name(), u"own");
     QVLoadable::unloadPackagesFromSyntaxEngine({going});
     EXPECT_THAT(syntax->completionProviders(), ElementsAre(own, stayingProvider));
+}
+
+TEST(QVLoadableUnloading, RunsUnderThePackageLock) {
+    class Asking : public QVCollection {
+    public:
+        void didUnloadFromPackage() override {
+            mayRead = std::async(std::launch::async, [] {
+                          const ReadGuard guard(QVPackageLock(), std::try_to_lock);
+                          return guard.owns_lock();
+                      }).get();
+        }
+        bool mayRead = true;
+    };
+    const auto package = packageNamed(u"one");
+    const auto syntax = package->addSyntax("one-language");
+    const auto grammar = std::make_shared<QVGrammar>();
+    const auto collection = std::make_shared<Asking>();
+    grammar->setCollections({{u"asking", collection}});
+    syntax->setGrammar(grammar);
+    QVLoadable::loadPackagesIntoSyntaxEngine({package});
+    syntax->grammar();
+    QVLoadable::unloadPackagesFromSyntaxEngine({package});
+    EXPECT_FALSE(collection->mayRead);
+    // And lets it go.
+    EXPECT_THAT(QVLoadable::loadedPackages(), IsEmpty());
 }
 
 TEST(QVLoadableUnloading, AGoingSyntaxKeepsTheProvidersOfStayingPackages) {

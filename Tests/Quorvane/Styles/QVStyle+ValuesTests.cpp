@@ -103,6 +103,12 @@ TEST(QVStyleComponents, StringsKeepTheirQuotes) {
 
 TEST(QVStyleComponents, BehindAStringNoCommaMayStand) { EXPECT_EQ(components(u"\"a\", b"), std::nullopt); }
 
+// Unlike behind a word or a function, where white space is passed over together with it.
+TEST(QVStyleComponents, WhiteSpaceBehindALastStringMakesTheValueInvalid) {
+    EXPECT_EQ(components(u"\"a\"\n"), std::nullopt);
+    EXPECT_EQ(components(u"b 'a' "), std::nullopt);
+}
+
 TEST(QVStyleComponents, AStringThatIsLeftOpenIsDropped) {
     EXPECT_EQ(components(u"red \"blue"), (Components{{u"red"}}));
     EXPECT_EQ(components(u"'"), Components{Arguments{}});

@@ -1,6 +1,7 @@
 #include "Quorvane/Styles/QVStyle.h"
 
 #include "Platform/Foundation/NSKeyedArchiver.h"
+#include "Tests/Support/CodingFixtures.h"
 #include "Tests/Support/Recorders.h"
 
 #include <gtest/gtest.h>
@@ -222,6 +223,65 @@ TEST(QVStyle, SurvivesAnArchiveWithoutItsPlace) {
     EXPECT_TRUE(read->attributes() == style->attributes());
     EXPECT_TRUE(read->fileURL().isNull());
     EXPECT_EQ(read->lineNumber(), std::nullopt);
+}
+
+TEST(QVStyle, ArchivesSelectorPropertiesAndAttributesUnderTheirNames) {
+    /// Notes the keys of what a style writes.
+    class Keys final : public NSCoder {
+    public:
+        std::vector<NSString> keys;
+        std::map<NSString, NSCodingValue> attributes;
+
+        void encodeObject(const std::shared_ptr<const NSSecureCoding> &value, const NSString &key) override {
+            EXPECT_EQ(value->classForCoder().name, NSString(u"QVSimpleSelector"));
+            keys.push_back(key);
+        }
+        void encodeStringDictionary(const std::optional<std::map<NSString, NSString>> &,
+                                    const NSString &key) override {
+            keys.push_back(key);
+        }
+        void encodeValueDictionary(const std::optional<std::map<NSString, NSCodingValue>> &values,
+                                   const NSString &key) override {
+            keys.push_back(key);
+            attributes = values.value();
+        }
+        void failWithError(std::shared_ptr<NSError>) override {}
+        std::shared_ptr<NSError> error() const override { return nullptr; }
+    } coder;
+    const auto style = styleFor(u"a");
+    style->setFontWeight(700);
+    style->setNull(true, QVStyleAttributeTextColor);
+    style->encodeWithCoder(coder);
+    EXPECT_EQ(coder.keys, (std::vector<NSString>{u"selector", u"properties", u"attributes"}));
+    EXPECT_TRUE(coder.attributes == (std::map<NSString, NSCodingValue>{{u"FontWeight", NSInteger(700)},
+                                                                       {u"TextColor", nullptr}}));
+}
+
+TEST(QVStyle, AnArchiveMayHoldStringsAndNumbersOfAllKinds) {
+    const auto read = test::readForged<QVStyle>([](NSCoder &coder) {
+        coder.encodeValueDictionary(
+            {{{u"Text", NSString(u"x")}, {u"Real", 700.5}, {u"Flag", true}, {u"Whole", NSInteger(3)}}},
+            u"attributes");
+    });
+    ASSERT_TRUE(read);
+    const QVStyle::Attributes expected{
+        {u"Text", NSString(u"x")}, {u"Real", 700.5}, {u"Flag", NSInteger(1)}, {u"Whole", NSInteger(3)}};
+    EXPECT_TRUE(read->attributes() == expected);
+    EXPECT_EQ(read->integerForAttribute(u"Real"), 700);
+    EXPECT_EQ(read->integerForAttribute(u"Text"), std::nullopt);
+    EXPECT_TRUE(read->properties().empty());
+}
+
+// What can't be trusted in one entry is not trusted in the others.
+TEST(QVStyle, AnAttributeOfAnotherClassTakesAllOfThemAlong) {
+    const auto read = test::readForged<QVStyle>([](NSCoder &coder) {
+        coder.encodeStringDictionary({{{u"color", u"red"}}}, u"properties");
+        coder.encodeValueDictionary(
+            {{{u"FontWeight", NSInteger(700)}, {u"TextColor", std::make_shared<QVStyle>()}}}, u"attributes");
+    });
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->properties(), (QVStyle::Properties{{u"color", u"red"}}));
+    EXPECT_TRUE(read->attributes().empty());
 }
 
 TEST(QVStyle, AMergedStyleSurvivesAnArchive) {

@@ -99,6 +99,32 @@ TEST(QVThemeController, StylesReachTemplateScopes) {
     EXPECT_TRUE(scope->styles()->empty());
 }
 
+TEST(QVThemeController, StylesReachAndLeaveAllThatAScopeHolds) {
+    const auto scope = [](const char16_t *name) {
+        return QVScope::scopeWithType(QVScopeTypeStartEnd, nullptr, name, nullptr, nullptr);
+    };
+    const auto captureOf = [](const char16_t *name) {
+        const auto capture = std::make_shared<QVCapture>();
+        capture->setName(name);
+        return capture;
+    };
+    const auto top = scope(u"string.top"), below = scope(u"string.below"), deep = scope(u"string.deep");
+    const auto start = captureOf(u"string.start"), end = captureOf(u"string.end");
+    deep->setEndCaptures({end});
+    deep->setCaptures({start});
+    below->setSubscopes({deep});
+    top->setSubscopes({below});
+    QVGrammar grammar;
+    grammar.setScopes({top});
+    const std::vector<QVStyleList *> lists{top.get(), below.get(), deep.get(), start.get(), end.get()};
+    controller().applyTheme(*themeOf(u"string { id: s; }"), grammar);
+    for (const QVStyleList *const list : lists)
+        EXPECT_EQ(idsOf(*list), Ids{"s"});
+    controller().clearStylesOnGrammar(grammar);
+    for (const QVStyleList *const list : lists)
+        EXPECT_TRUE(list->styles()->empty());
+}
+
 TEST(QVThemeController, StylesAreOrderedByTheirSpecificity) {
     const Language language("controller-order");
     controller().applyTheme(

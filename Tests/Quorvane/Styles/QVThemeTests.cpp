@@ -136,6 +136,18 @@ TEST(QVThemeRegistry, FindsTheFirstThemeOfAName) {
     EXPECT_EQ(QVTheme::themeWithName(u"no-such-theme"), nullptr);
 }
 
+TEST(QVThemeRegistry, AThemeThatWasAddedTwiceGoesAtOnce) {
+    const auto before = QVTheme::allThemes();
+    const RegisteredTheme theme(u"registry-test");
+    QVTheme::addTheme(theme.theme);
+    EXPECT_EQ(QVTheme::allThemes().size(), before.size() + 2);
+    QVTheme::removeTheme(theme.theme);
+    EXPECT_EQ(QVTheme::allThemes(), before);
+    // One that is not there is no error.
+    QVTheme::removeTheme(theme.theme);
+    EXPECT_EQ(QVTheme::allThemes(), before);
+}
+
 TEST(QVThemeRegistry, ANullNameFindsNothing) {
     const auto nameless = std::make_shared<QVTheme>();
     QVTheme::addTheme(nameless);

@@ -111,7 +111,7 @@ TEST(QVSyntax, WhicheverThreadComesFirstUnpacksTheGrammarOnce) {
 }
 
 TEST(QVSyntax, WhoHoldsThePackageLockCanAskWhileAnotherThreadWaitsForIt) {
-    // The other thread holds the syntax's monitor and waits for the package lock, as a parse does that first
+    // The other thread has unpacked the grammar and waits for the package lock, as a parse does that first
     // uses a grammar while packages are unloaded.
     const auto syntax = throughArchive(syntaxOf(wholeGrammar));
     std::atomic<bool> started = false;
@@ -131,6 +131,23 @@ TEST(QVSyntax, WhoHoldsThePackageLockCanAskWhileAnotherThreadWaitsForIt) {
     });
     thread.join();
     EXPECT_NE(syntax->grammarResolvingIfNecessary(false), nullptr);
+}
+
+// The two waited for each other: one for the syntax, which the other held, and that one for the package lock.
+TEST(QVSyntax, WhoHoldsThePackageLockMayConnectAGrammarThatAnotherThreadIsAboutToConnect) {
+    const auto syntax = throughArchive(syntaxOf(wholeGrammar));
+    std::shared_ptr<QVGrammar> own, others;
+    std::thread thread;
+    QVLoadable::performBlockWithPackageLock([&] {
+        thread = std::thread([&] { others = syntax->grammar(); });
+        while (!syntax->grammarData().isNull())
+            std::this_thread::yield();
+        own = syntax->grammar();
+        ASSERT_NE(own, nullptr);
+        EXPECT_EQ(own->scopes().at(0)->parentSyntax(), syntax);
+    });
+    thread.join();
+    EXPECT_EQ(own, others);
 }
 
 TEST(QVSyntax, GoesWithItsGrammar) {
