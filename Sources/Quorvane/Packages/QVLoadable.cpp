@@ -25,6 +25,8 @@ ReadWriteLock &QVPackageLock() {
     return *lock;
 }
 
+QVLoadable::QVLoadable(const QVLoadable &other) : NSObject(other), _package(other.package()) {}
+
 std::shared_ptr<QVPackage> QVLoadable::package() const {
     const ReadGuard guard(ownersLock());
     return _package.lock();

@@ -37,6 +37,11 @@ class QV_EXPORT QVLoadable : public NSObject {
 public:
     using Packages = std::vector<std::shared_ptr<QVPackage>>;
 
+    QVLoadable() = default;
+    /// A copy belongs to the same package.
+    QVLoadable(const QVLoadable &other);
+    QVLoadable &operator=(const QVLoadable &) = delete;
+
     /// The owning package, null where there is none or it is gone. Any thread.
     std::shared_ptr<QVPackage> package() const;
     void setPackage(const std::shared_ptr<QVPackage> &package);

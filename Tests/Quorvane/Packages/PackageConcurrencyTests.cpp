@@ -153,6 +153,23 @@ TEST(PackageConcurrency, AParseForgetsTheIncludesOfPackagesThatGo) {
     EXPECT_EQ(firstName().UTF8String(), "inner.word");
 }
 
+TEST(PackageConcurrency, ASyntaxIsCopiedWhileItsPackageComesAndGoes) {
+    const auto package = innerPackage();
+    const auto syntax = package->ownSyntaxes.at(u"inner");
+    const auto provider = package->ownProviders[0];
+    runBeside({[&] {
+                  EXPECT_EQ(syntax->copy()->name(), u"inner");
+                  // Before its first load it has none.
+                  const auto owner = provider->copy()->package();
+                  EXPECT_TRUE(!owner || owner == package);
+              }},
+              [&] {
+                  for (int round = 0; round < rounds; ++round)
+                      const LoadedPackages loaded({package});
+              });
+    EXPECT_EQ(provider->copy()->package(), package);
+}
+
 TEST(PackageConcurrency, SeveralThreadsLoadAndUnload) {
     const auto loadAndUnload = [](const char16_t *identifier, std::string_view language) {
         const auto package = packageNamed(identifier);
