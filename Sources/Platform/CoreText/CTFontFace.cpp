@@ -5,6 +5,7 @@
 #include <fontconfig/fontconfig.h>
 #include <ft2build.h>
 #include FT_FREETYPE_H
+#include <hb-ot.h>
 
 #include <cstdlib>
 #include <map>
@@ -190,6 +191,26 @@ std::shared_ptr<CTFont::Face> CTFontFaceWithTraits(const CTFont::Face &face, CTF
         weight = traits & kCTFontTraitBold ? FC_WEIGHT_BOLD : FC_WEIGHT_REGULAR;
     FcPattern *const pattern = closest(set, traits, weight, face.width);
     return pattern ? openedFace(all, pattern) : nullptr;
+}
+
+hb_font_t *CTFontFaceShaper(const CTFont::Face &face) {
+    std::call_once(face.shaperOnce, [&face] {
+        hb_blob_t *const file = hb_blob_create_from_file(face.file.c_str());
+        hb_face_t *const opened = hb_face_create(file, static_cast<unsigned>(face.index) & 0xFFFF);
+        hb_blob_destroy(file);
+        // Fonts without the tables that all modern ones have are set character by character.
+        if (hb_face_get_glyph_count(opened) != 0) {
+            face.shaper = hb_font_create(opened);
+            hb_ot_font_set_funcs(face.shaper);
+            const auto units = static_cast<int>(face.unitsPerEm);
+            hb_font_set_scale(face.shaper, units, units);
+            if (const unsigned instance = static_cast<unsigned>(face.index) >> 16)
+                hb_font_set_var_named_instance(face.shaper, instance - 1);
+            hb_font_make_immutable(face.shaper);
+        }
+        hb_face_destroy(opened);
+    });
+    return face.shaper;
 }
 
 } // namespace quorvane

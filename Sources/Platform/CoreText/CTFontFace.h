@@ -5,6 +5,7 @@
 #include <mutex>
 
 typedef struct FT_FaceRec_ *FT_Face;
+typedef struct hb_font_t hb_font_t;
 
 namespace quorvane {
 
@@ -32,7 +33,15 @@ struct CTFont::Face {
     /// The library's face is used by one thread at a time.
     mutable std::mutex lock;
     FT_Face freeTypeFace = nullptr;
+
+    mutable std::once_flag shaperOnce;
+    /// See `CTFontFaceShaper`.
+    mutable hb_font_t *shaper = nullptr;
 };
+
+/// What lines are shaped with, in units of the outlines; null for a file that has no tables for it. It reads
+/// the file by itself, so that it needs no lock. Any thread.
+hb_font_t *CTFontFaceShaper(const CTFont::Face &face);
 
 /// The face of a PostScript name, a full name or a family, in this order; null where there is none.
 std::shared_ptr<CTFont::Face> CTFontFaceWithName(const NSString &name);
