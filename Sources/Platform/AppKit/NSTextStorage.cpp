@@ -23,19 +23,25 @@ bool isParagraphStart(QVTextReader text, NSUInteger location) {
            (before == u'\r' && !(location < text.length() && text.characterAtIndex(location) == u'\n'));
 }
 
-/// The place behind the paragraph's terminator.
+/// The place behind the paragraph's terminator, or as far as the reach goes.
 NSUInteger paragraphEnd(QVTextReader text, NSUInteger location) {
     const NSUInteger bound = std::min(text.length(), location + reach);
-    while (location < bound)
-        if (isParagraphStart(text, ++location))
+    while (location < bound) {
+        const auto piece = text.pieceAtIndex(location).substr(0, bound - location);
+        const auto terminator = std::ranges::find_if(piece, isTerminator);
+        location += static_cast<NSUInteger>(terminator - piece.begin());
+        if (terminator != piece.end() && isParagraphStart(text, ++location))
             return location;
+    }
     return location;
 }
 
+/// Where the paragraph begins, `NSNotFound` where that is out of reach.
 NSUInteger paragraphStart(QVTextReader text, NSUInteger location) {
     const NSUInteger bound = location - std::min(location, reach);
-    while (location > bound && !isParagraphStart(text, location))
-        --location;
+    while (!isParagraphStart(text, location))
+        if (location-- == bound)
+            return NSNotFound;
     return location;
 }
 
@@ -149,7 +155,9 @@ void NSTextStorage::fixAttributesInRange(NSRange range) {
     fixAttachmentAttributeInRange(range);
 }
 
-void NSTextStorage::ensureAttributesAreFixedInRange(NSRange range) {
+void NSTextStorage::ensureAttributesAreFixedInRange(NSRange range) { fixWhatIsUnfixed(range, fixedTogether); }
+
+void NSTextStorage::fixWhatIsUnfixed(NSRange range, NSUInteger together) {
     if (_unfixedRanges.empty() || !fixesAttributesLazily())
         return;
     // From first to last, looked up anew each time: fixing can reach out for what else isn't fixed.
@@ -161,8 +169,7 @@ void NSTextStorage::ensureAttributesAreFixedInRange(NSRange range) {
         if (unfixed == _unfixedRanges.end() || unfixed->location >= NSMaxRange(range))
             return;
         const NSUInteger start = std::max(location, unfixed->location);
-        const NSUInteger aligned = start / fixedTogether * fixedTogether;
-        const NSRange fixed = NSIntersectionRange(*unfixed, {aligned, fixedTogether});
+        const NSRange fixed = NSIntersectionRange(*unfixed, {start / together * together, together});
         // Taken off first, so that fixing reads what stands there.
         removeUnfixedRange(fixed);
         const NSRange present = NSIntersectionRange(fixed, {0, length()});
@@ -259,10 +266,15 @@ void NSTextStorage::fixParagraphStyleAttributeInRange(NSRange range) {
     NSUInteger location = range.location;
     while (location < end) {
         const QVTextReader text = string();
-        const NSUInteger start = paragraphStart(text, location);
         const NSUInteger stop = std::min(paragraphEnd(text, location), end);
+        NSUInteger start = paragraphStart(text, location);
+        // Out of reach, a place follows the one before it, as far as that is known.
+        if (start == NSNotFound)
+            start = isUnfixed(location - 1) ? location : location - 1;
+        // Of the paragraph's first character, and of no other: one would lead to the next, up to the text's
+        // beginning.
         if (start < location)
-            ensureAttributesAreFixedInRange({start, 1});
+            fixWhatIsUnfixed({start, 1}, 1);
         const auto style = attribute(NSParagraphStyleAttributeName, start);
         enumerateAttribute(NSParagraphStyleAttributeName, {location, stop - location},
                            NSAttributedStringEnumerationLongestEffectiveRangeNotRequired,

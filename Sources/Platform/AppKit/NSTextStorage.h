@@ -15,8 +15,9 @@ inline constexpr NSTextStorageEditActions NSTextStorageEditedCharacters = 2;
 ///
 /// Fixing makes attributes consistent. The base gives each paragraph the paragraph style of its first
 /// character and takes attachments off characters other than U+FFFC. It substitutes no fonts: what a font
-/// lacks is found when lines are laid out. Only CR, LF and CR LF end a paragraph; of one that is longer than
-/// `limits::paragraphFixingReach`, each place is fixed by what stands that far before it.
+/// lacks is found when lines are laid out. Only CR, LF and CR LF end a paragraph; in one that is longer than
+/// `limits::paragraphFixingReach`, a place that is further from its start follows the character before it, as
+/// far as that is fixed.
 ///
 /// Main thread.
 class QV_EXPORT NSTextStorage : public NSMutableAttributedString {
@@ -85,6 +86,8 @@ private:
     void processGatheredEdits();
     NSRange rangeToFixBehindEdit() const;
     void moveUnfixedRanges(NSRange range, NSInteger changeInLength);
+    /// In stretches of so many characters, aligned with the text's start.
+    void fixWhatIsUnfixed(NSRange range, NSUInteger together);
     bool isUnfixed(NSUInteger index) const;
     /// Takes a range off those that aren't fixed.
     void removeUnfixedRange(NSRange range);

@@ -74,7 +74,7 @@ inline constexpr std::size_t dispatchThreads = 512;
 
 /// Units of a paragraph that are looked at, to either side, for where it begins and ends when its style is
 /// fixed: typing in a line of megabytes must not cost a walk along it.
-inline constexpr std::size_t paragraphFixingReach = 10000;
+inline constexpr std::size_t paragraphFixingReach = 4000;
 
 /// Pixels along one side of a bitmap; the drawing library counts them in 16 bits.
 inline constexpr std::size_t bitmapSide = 32767;

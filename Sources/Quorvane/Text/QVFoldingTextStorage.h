@@ -19,8 +19,8 @@ class QVTextTransform;
 /// keep their numbers when others are folded away. Folds nest to any depth: a fold that is folded with the
 /// text around it is one of the new fold's subfolds.
 ///
-/// While a view has no fold it shows the document's own text; its copy, which has the attachments, is made
-/// with the first fold and goes with the last. Main thread.
+/// While a view has no fold it shows the document's own text, and so an edit a moment before it is told of
+/// it; its copy, which has the attachments, is made with the first fold and goes with the last. Main thread.
 class QV_EXPORT QVFoldingTextStorage final : public QVTextStorage,
                                              public QVBackingStorageView,
                                              public NSSecureCoding {

@@ -447,13 +447,33 @@ TEST(NSTextStorage, ParagraphsAlwaysHaveTheirFirstCharactersStyle) {
 
 TEST(NSTextStorage, AParagraphIsLookedAtAsFarAsTheReachGoes) {
     const NSUInteger reach = limits::paragraphFixingReach;
-    Storage storage(std::u16string(reach + 2, u'a'));
+    Storage storage(std::u16string(reach + 3, u'a'));
     storage.contents().addAttribute(NSParagraphStyleAttributeName, u"A", {0, 1});
     storage.invalidateAttributesInRange({reach, 1});
     EXPECT_EQ(storage.attribute(NSParagraphStyleAttributeName, reach)->stringValue(), u"A");
-    // One further the first character is out of sight.
+    // One further the first character is out of sight, and the one before counts.
+    storage.contents().addAttribute(NSParagraphStyleAttributeName, u"B", {reach, 1});
     storage.invalidateAttributesInRange({reach + 1, 1});
-    EXPECT_FALSE(storage.attribute(NSParagraphStyleAttributeName, reach + 1));
+    EXPECT_EQ(storage.attribute(NSParagraphStyleAttributeName, reach + 1)->stringValue(), u"B");
+}
+
+TEST(NSTextStorage, FarFromItsParagraphsStartAPlaceWithNothingKnownBeforeItStaysAsItIs) {
+    Storage storage(std::u16string(10'000, u'a'));
+    setStyle(storage, 0, u"A");
+    EXPECT_FALSE(storage.attribute(NSParagraphStyleAttributeName, 5000));
+    EXPECT_EQ(storage.takeFixed(), (Ranges{{4096, 4096}}));
+    EXPECT_EQ(storage.attribute(NSParagraphStyleAttributeName, 100)->stringValue(), u"A");
+}
+
+TEST(NSTextStorage, ReadingInALongTextFixesNoMoreThanWhatIsAroundIt) {
+    std::u16string text;
+    for (int line = 0; line < 2000; ++line)
+        text += std::u16string(99, u'a') + u'\n';
+    Storage storage(text);
+    storage.invalidateAttributesInRange({0, text.size()});
+    (void)storage.attributesAtIndex(text.size() - 1);
+    // That begins in the middle of a line, whose first character counts.
+    EXPECT_EQ(storage.takeFixed(), (Ranges{{196608, 3392}, {196600, 1}}));
 }
 
 TEST(NSTextStorage, AnEditLeavesTheRestOfItsLineToFixAsFarAsTheReachGoes) {
