@@ -2,6 +2,7 @@
 
 #include "Quorvane/Categories/NSString+QuorvaneAdditions.h"
 #include "Quorvane/Parsers/QVParseSymbol.h"
+#include "Quorvane/Symbols/QVSymbolBehaviors.h"
 #include "Quorvane/Symbols/QVSymbolTypes.h"
 
 #include <cstdio>
@@ -25,9 +26,12 @@ std::string firstLine(const NSString &text) {
     return NSString(text.view().substr(0, text.view().find_first_of(u"\r\n"))).UTF8String();
 }
 
-/// Calls back for all symbols in order, each function's arguments behind it, with what they stand in.
+/// Calls back for all symbols in order, each function's arguments behind it, with what they stand in. What only
+/// closes something else is no entry of an outline.
 template <typename Visit> void forEachSymbol(const QVParse &parse, Visit visit) {
     for (const auto &symbol : parse.symbols()) {
+        if (symbol->contextBehavior() == QVSymbolContextBehaviorEnd)
+            continue;
         visit(*symbol, symbol->parentContextSymbol());
         for (const auto &argument : symbol->argumentSymbols())
             visit(*argument, symbol.get());
