@@ -26,8 +26,8 @@ std::string firstLine(const NSString &text) {
     return NSString(text.view().substr(0, text.view().find_first_of(u"\r\n"))).UTF8String();
 }
 
-/// Calls back for all symbols in order, each function's arguments behind it, with what they stand in. What only
-/// closes something else is no entry of an outline.
+/// Calls back for all symbols in order, each function's arguments behind it, with what they stand in. What
+/// only closes something else is no entry of an outline.
 template <typename Visit> void forEachSymbol(const QVParse &parse, Visit visit) {
     for (const auto &symbol : parse.symbols()) {
         if (symbol->contextBehavior() == QVSymbolContextBehaviorEnd)

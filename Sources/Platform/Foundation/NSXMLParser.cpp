@@ -289,6 +289,8 @@ struct NSXMLParser::Events {
         context->userData = this;
         // Entities are handled by name above, so that the options that load or replace anything stay off.
         xmlCtxtUseOptions(context, XML_PARSE_NONET);
+        // Only the standard ones get here. Without this an ampersand in an attribute would stay a reference.
+        context->replaceEntities = 1;
         parser._context = context;
         xmlParseDocument(context);
         if (!isStopped) {

@@ -133,6 +133,8 @@ TEST(NSXMLParser, BlanksBetweenElementsAreTextEvenWithADocumentType) {
 TEST(NSXMLParser, StandardEntitiesAndCharacterReferencesAreExpanded) {
     EXPECT_EQ(eventsOf("<a k='&lt;&#x41;&quot;&#10;'/>"),
               "document\nstart a k=<A\"\n\nend a\nend of document\n");
+    EXPECT_EQ(eventsOf("<a k='[&amp;!]&#38;lt;'/>"),
+              "document\nstart a k=[&!]&lt;\nend a\nend of document\n");
     // Each is an event of its own, as the library reports it.
     EXPECT_EQ(eventsOf("<a>1&amp;2&gt;&#x1F600;&apos;</a>"), "document\n"
                                                              "start a\n"
