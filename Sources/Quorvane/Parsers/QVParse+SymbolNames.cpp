@@ -109,6 +109,7 @@ void QVParse::associateNameForSymbol(QVParseSymbol &symbol, const QVScopeSymbolO
     const QVScopeMatch *const match = symbol.match();
     if (options == nullptr || match == nullptr)
         return;
+    symbol._nameIsFound = false;
     if (options->isAnonymous()) {
         symbol.setName(nullptr);
         symbol.setNameGrams(nullptr);
@@ -146,6 +147,7 @@ void QVParse::associateNameForSymbol(QVParseSymbol &symbol, const QVScopeSymbolO
         symbol.setNameGrams(qv_grams(symbol.name()));
     }
     symbol.setNameRange(range);
+    symbol._nameIsFound = true;
     if (options->displayNameFormatter())
         symbol.setDisplayName(stringForFormatter(*options->displayNameFormatter(), symbol));
 }
@@ -213,10 +215,12 @@ NSRange QVParse::bookmarkRangeForMatch(const QVScopeMatch *match, NSRange *nameR
 bool QVParse::updateBookmark(QVParseSymbol &symbol) const {
     NSRange nameRange;
     const NSRange range = bookmarkRangeForMatch(symbol.match(), &nameRange);
+    symbol._nameIsFound = false;
     if (range.location == NSNotFound)
         return false;
     symbol.setNameRange(nameRange.location == NSNotFound ? range : nameRange);
     symbol.setName(textInRange(*symbol.nameRange()));
+    symbol._nameIsFound = true;
     return true;
 }
 

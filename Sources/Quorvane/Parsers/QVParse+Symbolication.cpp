@@ -63,7 +63,7 @@ void QVParse::symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatc
 
     for (QVParseSymbol *const symbol : contextsWithArguments)
         captureArgumentsOfSymbol(*symbol);
-    updateSymbolRanges();
+    updateSymbolRanges(&range);
     verifySymbols();
 }
 
@@ -147,6 +147,8 @@ void QVParse::captureArgumentsOfSymbol(QVParseSymbol &symbol) const {
     for (const auto &argument : symbol.argumentSymbols())
         argument->forgetMatch();
     symbol.setArguments(argumentsForSymbol(symbol));
+    // They get their places with the next look for the symbol's name.
+    symbol._nameIsFound = false;
 }
 
 std::vector<std::shared_ptr<QVParseSymbol>> QVParse::argumentsForSymbol(const QVParseSymbol &symbol) const {

@@ -423,7 +423,11 @@ private:
     void findSyntaxOfSymbol(QVParseSymbol &symbol) const;
     void captureArgumentsOfSymbol(QVParseSymbol &symbol) const;
     bool updateBookmark(QVParseSymbol &symbol) const;
+    void updateSymbolRanges(const NSRange *parsedRange);
+    void enterWhitespaceContext(QVParseSymbol &symbol) const;
     void renewNameOfSymbol(QVParseSymbol &symbol) const;
+    static void moveNameOfSymbol(QVParseSymbol &symbol, NSUInteger byDifference);
+    void verifyMovedSymbol(const QVParseSymbol &symbol) const;
     void endUnclosedSymbols();
     NSString textInRange(NSRange range) const;
     void forgetSymbols();
@@ -449,6 +453,8 @@ private:
     /// How far outside of its match, in units, a capture stands at most.
     NSUInteger _captureReach = 0;
     std::vector<std::shared_ptr<QVParseSymbol>> _symbols;
+    /// What contexts of indented lines were measured with.
+    NSUInteger _symbolsTabWidth = 0;
     bool _shouldCalculateBracketDepths = false;
     std::optional<std::vector<NSIndexSet>> _bracketLocationsByDepth;
     mutable std::mutex _attributeCacheMutex;

@@ -18,7 +18,7 @@ NSUInteger endOfLeadingBlanks(std::u16string_view text, NSRange line) {
 } // namespace
 
 NSUInteger QVEndOfWhitespaceContext(std::u16string_view text, NSRange range, const NSString &commentPrefix,
-                                    NSUInteger tabWidth) {
+                                    NSUInteger tabWidth, NSUInteger *lookedAtEnd) {
     const auto levelOfBlanks = [&](NSRange line, NSUInteger blanksEnd) {
         return qv_indentationLevelWithTabWidth(text.substr(line.location, blanksEnd - line.location),
                                                tabWidth);
@@ -43,6 +43,7 @@ NSUInteger QVEndOfWhitespaceContext(std::u16string_view text, NSRange range, con
             pending = {0, 0};
         end = NSMaxRange(line);
     }
+    *lookedAtEnd = NSMaxRange(line);
     return pending.length == 0 ? end : pending.location;
 }
 

@@ -357,7 +357,17 @@ namespace {
 
 /// Where a context ends that begins with the first "def" of a text.
 NSUInteger blockEnd(std::u16string_view text, const NSString &prefix = u"#", NSUInteger tabWidth = 4) {
-    return QVEndOfWhitespaceContext(text, {text.find(u"def"), 3}, prefix, tabWidth);
+    NSUInteger lookedAtEnd = 0;
+    const NSUInteger end =
+        QVEndOfWhitespaceContext(text, {text.find(u"def"), 3}, prefix, tabWidth, &lookedAtEnd);
+    // What stands behind has no part in it.
+    for (const char16_t *const more : {u"", u"\tx", u"y\n"}) {
+        NSUInteger again = 0;
+        const std::u16string other =
+            std::u16string(text.substr(0, lookedAtEnd)) + (lookedAtEnd < text.size() ? more : u"");
+        EXPECT_EQ(QVEndOfWhitespaceContext(other, {text.find(u"def"), 3}, prefix, tabWidth, &again), end);
+    }
+    return end;
 }
 
 } // namespace

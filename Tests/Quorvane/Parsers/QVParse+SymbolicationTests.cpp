@@ -5,6 +5,9 @@
 #include "Quorvane/Symbols/QVSymbolTypes.h"
 #include "Tests/Quorvane/Parsers/SymbolFixtures.h"
 
+#include <atomic>
+#include <thread>
+
 using namespace quorvane;
 using namespace quorvane::test;
 using testing::ElementsAre;
@@ -124,6 +127,32 @@ TEST_F(Symbolication, AMatchWithoutLengthInFrontOfTheRangeKeepsItsOneSymbol) {
     edit({12, 0}, u"d");
     EXPECT_EQ(drawn(), "block - 0+13\n");
     EXPECT_EQ(symbol(0), before);
+}
+
+TEST(SymbolicationThreads, SymbolsMayBeHeldAndLetGoOnAnyThread) {
+    const auto parse = parseOfText(syntaxWithElements(scopesText(functions + words)), u"f(a)\ng(b)\nh(c)\n");
+    std::atomic<bool> isDone = false;
+    std::vector<std::thread> readers;
+    for (int count = 0; count < 2; ++count)
+        readers.emplace_back([&] {
+            while (!isDone) {
+                std::vector<std::shared_ptr<QVParseSymbol>> held;
+                parse->performReadingBlockAndWait([&] {
+                    held = parse->symbols();
+                    for (const auto &each : held)
+                        EXPECT_EQ(each->match()->symbol(), each.get());
+                });
+                // The writer may have taken some away by now; here they may end.
+            }
+        });
+    for (int count = 0; count < 100; ++count)
+        parse->performWritingBlockAndWait([&] {
+            parse->replaceCharactersInRange({5, NSUInteger(count % 2)}, count % 2 ? u"" : u"x", nullptr);
+        });
+    isDone = true;
+    for (std::thread &reader : readers)
+        reader.join();
+    parse->performReadingBlockAndWait([&] { EXPECT_EQ(parse->symbols().size(), 3u); });
 }
 
 // Filters
@@ -273,6 +302,21 @@ TEST_F(Symbolication, TheArgumentsOfAFunctionBehindAnEditMoveWithIt) {
     EXPECT_EQ(symbol(0)->argumentSymbols().at(0), argument);
     EXPECT_EQ(drawnSymbol(*argument), "argument d 11+1");
     EXPECT_EQ(argument->nameRange(), (NSRange{11, 1}));
+}
+
+TEST_F(Symbolication, ArgumentsFoundAnewStandInTheirPlacesThoughTheirFunctionIsFarAway) {
+    // The context reaches to its end, far behind the match with the arguments.
+    start(regionText("f", "\\w+(?=\\()", "\\)",
+                     subscopesText(matchText("a", "\\w+", symbolText("argument"))) +
+                         symbolText("function", "", contextText("behavior='start'"))) +
+              matchText("end", "end", contextSymbol("keyword", "end")) + words,
+          u"f(a)\n\n\n\nb\nend");
+    const auto function = symbol(0);
+    const auto argument = function->argumentSymbols().at(0);
+    edit({8, 1}, u"xyz");
+    EXPECT_EQ(symbol(0), function);
+    EXPECT_NE(function->argumentSymbols().at(0), argument);
+    EXPECT_EQ(drawnSymbols(function->argumentSymbols()), "argument a 2+1\n");
 }
 
 TEST_F(Symbolication, WhatIsNoFunctionKeepsItsArgumentsPlaces) {
