@@ -176,10 +176,11 @@ std::any QVConcreteTextStorage::valueForKey(const NSString &key) const {
         return parseDelegate();
     if (key == u"defaultTextAttributes")
         return _defaultTextAttributes;
+    // Enumerations as numbers, so that observers compare them without their types.
     if (key == u"lineEndings")
-        return _lineEndings;
+        return static_cast<NSUInteger>(_lineEndings);
     if (key == u"indentationStyle")
-        return _indentationStyle;
+        return static_cast<NSUInteger>(_indentationStyle);
     if (key == u"tabWidth")
         return _tabWidth;
     return QVTextStorage::valueForKey(key);
