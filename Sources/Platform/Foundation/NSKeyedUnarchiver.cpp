@@ -2,10 +2,9 @@
 #include "Platform/Foundation/NSKeyedArchiver.h"
 #include "Platform/Foundation/QVLimits.h"
 #include "Platform/Foundation/QVPropertyListCheck.h"
+#include "Platform/Foundation/QVPropertyListReader.h"
 
 #include <cmath>
-#include <cstdlib>
-#include <plist/plist.h>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -15,63 +14,13 @@ namespace {
 
 constexpr NSInteger corruptArchiveError = 4864;
 
-struct PropertyListDeleter {
-    void operator()(void *list) const { plist_free(list); }
-};
-
-struct IteratorDeleter {
-    void operator()(void *iterator) const { std::free(iterator); }
-};
-
-template <typename Visit> void forEachInArray(plist_t array, Visit visit) {
-    plist_array_iter raw = nullptr;
-    plist_array_new_iter(array, &raw);
-    const std::unique_ptr<void, IteratorDeleter> iterator(raw);
-    plist_t item = nullptr;
-    for (plist_array_next_item(array, raw, &item); item != nullptr; plist_array_next_item(array, raw, &item))
-        if (!visit(item))
-            return;
-}
-
-std::string_view text(plist_t string) {
-    std::uint64_t length = 0;
-    const char *characters = plist_get_string_ptr(string, &length);
-    return characters ? std::string_view(characters, length) : std::string_view();
-}
-
-plist_t fieldOfType(plist_t dictionary, const char *key, plist_type type) {
-    plist_t field = plist_dict_get_item(dictionary, key);
-    return field != nullptr && plist_get_node_type(field) == type ? field : nullptr;
-}
+using Value = QVPropertyListReader::Value;
+using Kind = QVPropertyListReader::Kind;
 
 /// A number as an integer or with its fraction, an empty optional for anything else.
 using Number = std::variant<NSInteger, double>;
-std::optional<Number> numberOf(plist_t node) {
-    if (node == nullptr)
-        return std::nullopt;
-    switch (plist_get_node_type(node)) {
-    case PLIST_BOOLEAN: {
-        std::uint8_t value = 0;
-        plist_get_bool_val(node, &value);
-        return NSInteger(value != 0);
-    }
-    case PLIST_UINT: {
-        std::uint64_t value = 0;
-        plist_get_uint_val(node, &value);
-        return static_cast<NSInteger>(value);
-    }
-    case PLIST_REAL: {
-        double value = 0;
-        plist_get_real_val(node, &value);
-        return value;
-    }
-    default:
-        return std::nullopt;
-    }
-}
 
-std::optional<NSInteger> integerOf(plist_t node) {
-    const auto number = numberOf(node);
+std::optional<NSInteger> integerOf(const std::optional<Number> &number) {
     if (!number)
         return std::nullopt;
     if (const auto *integer = std::get_if<NSInteger>(&*number))
@@ -83,8 +32,7 @@ std::optional<NSInteger> integerOf(plist_t node) {
     return static_cast<NSInteger>(value);
 }
 
-std::optional<double> doubleOf(plist_t node) {
-    const auto number = numberOf(node);
+std::optional<double> doubleOf(const std::optional<Number> &number) {
     if (!number)
         return std::nullopt;
     return std::visit([](auto value) { return static_cast<double>(value); }, *number);
@@ -92,8 +40,8 @@ std::optional<double> doubleOf(plist_t node) {
 
 class KeyedUnarchiver final : public NSCoder {
 public:
-    explicit KeyedUnarchiver(const NSData &data) {
-        if (const char16_t *problem = load(data))
+    explicit KeyedUnarchiver(NSData data) : _bytes(std::move(data)) {
+        if (const char16_t *problem = load())
             fail(problem);
     }
 
@@ -115,24 +63,25 @@ public:
         return objects;
     }
 
-    bool containsValueForKey(const NSString &key) const override { return field(key) != nullptr; }
-    bool decodeBool(const NSString &key) override { return doubleOf(field(key)).value_or(0) != 0; }
-    NSInteger decodeInteger(const NSString &key) override { return integerOf(field(key)).value_or(0); }
+    bool containsValueForKey(const NSString &key) const override { return field(key) != 0; }
+    bool decodeBool(const NSString &key) override { return doubleOf(numberOf(field(key))).value_or(0) != 0; }
+    NSInteger decodeInteger(const NSString &key) override {
+        return integerOf(numberOf(field(key))).value_or(0);
+    }
     float decodeFloat(const NSString &key) override {
-        const double value = doubleOf(field(key)).value_or(0);
+        const double value = doubleOf(numberOf(field(key))).value_or(0);
         if (std::isfinite(value) && std::abs(value) > std::numeric_limits<float>::max())
             return 0;
         return static_cast<float>(value);
     }
-    double decodeDouble(const NSString &key) override { return doubleOf(field(key)).value_or(0); }
+    double decodeDouble(const NSString &key) override { return doubleOf(numberOf(field(key))).value_or(0); }
     NSString decodeString(const NSString &key) override { return stringAt(indexForKey(key)); }
     NSData decodeData(const NSString &key) override {
-        plist_t inlined = field(key);
-        return inlined != nullptr && plist_get_node_type(inlined) == PLIST_DATA ? dataOf(inlined)
-                                                                                : dataAt(indexForKey(key));
+        const Value inlined = field(key);
+        return _list->kindOf(inlined) == Kind::Data ? copyOf(inlined) : dataAt(indexForKey(key));
     }
     std::optional<NSInteger> decodeNumber(const NSString &key) override {
-        return integerOf(_objects[indexForKey(key)]);
+        return integerOf(numberOf(_objects[indexForKey(key)]));
     }
     std::optional<std::vector<NSString>> decodeStrings(const NSString &key) override {
         std::vector<NSString> strings;
@@ -152,7 +101,7 @@ public:
     std::optional<std::set<NSUInteger>> decodeNumberSet(const NSString &key) override {
         std::set<NSUInteger> numbers;
         const bool isGood = forEachEntry(indexForKey(key), setClasses, [&](std::uint64_t index) {
-            const auto number = integerOf(_objects[index]);
+            const auto number = integerOf(numberOf(_objects[index]));
             return number && (numbers.insert(static_cast<NSUInteger>(*number)), true);
         });
         return isGood ? std::optional(std::move(numbers)) : std::nullopt;
@@ -166,7 +115,7 @@ public:
     std::optional<std::vector<double>> decodeDoubles(const NSString &key) override {
         std::vector<double> numbers;
         const bool isGood = forEachEntry(indexForKey(key), arrayClasses, [&](std::uint64_t index) {
-            const auto number = doubleOf(_objects[index]);
+            const auto number = doubleOf(numberOf(_objects[index]));
             return number && (numbers.push_back(*number), true);
         });
         return isGood ? std::optional(std::move(numbers)) : std::nullopt;
@@ -175,8 +124,8 @@ public:
         const std::uint64_t index = indexForKey(key);
         if (!isOfClass(index, valueClasses))
             return std::nullopt;
-        const auto location = integerOf(referredObject(_objects[index], "NS.rangeval.location"));
-        const auto length = integerOf(referredObject(_objects[index], "NS.rangeval.length"));
+        const auto location = integerOf(numberOf(referredObject(_objects[index], u"NS.rangeval.location")));
+        const auto length = integerOf(numberOf(referredObject(_objects[index], u"NS.rangeval.length")));
         if (!location || !length || *location < 0 || *length < 0)
             return std::nullopt;
         return NSMakeRange(static_cast<NSUInteger>(*location), static_cast<NSUInteger>(*length));
@@ -210,21 +159,22 @@ public:
     std::shared_ptr<NSError> error() const override { return _error; }
 
 private:
-    using ClassNames = std::span<const std::string_view>;
-    static constexpr std::string_view arrayClasses[] = {"NSArray", "NSMutableArray"};
-    static constexpr std::string_view setClasses[] = {"NSSet", "NSMutableSet"};
-    static constexpr std::string_view dictionaryClasses[] = {"NSDictionary", "NSMutableDictionary"};
-    static constexpr std::string_view stringClasses[] = {"NSString", "NSMutableString"};
-    static constexpr std::string_view dataClasses[] = {"NSData", "NSMutableData"};
-    static constexpr std::string_view valueClasses[] = {"NSValue"};
-    static constexpr std::string_view nullClasses[] = {"NSNull"};
+    using ClassNames = std::span<const std::u16string_view>;
+    static constexpr std::u16string_view arrayClasses[] = {u"NSArray", u"NSMutableArray"};
+    static constexpr std::u16string_view setClasses[] = {u"NSSet", u"NSMutableSet"};
+    static constexpr std::u16string_view dictionaryClasses[] = {u"NSDictionary", u"NSMutableDictionary"};
+    static constexpr std::u16string_view stringClasses[] = {u"NSString", u"NSMutableString"};
+    static constexpr std::u16string_view dataClasses[] = {u"NSData", u"NSMutableData"};
+    static constexpr std::u16string_view valueClasses[] = {u"NSValue"};
+    static constexpr std::u16string_view nullClasses[] = {u"NSNull"};
 
     /// What an entry of the object list became.
     struct Made {
-        const NSCodingClass *codingClass;
+        /// Null where nothing was made yet.
+        const NSCodingClass *codingClass = nullptr;
         std::shared_ptr<NSSecureCoding> object;
     };
-    using Family = std::unordered_map<NSString, const NSCodingClass *>;
+    using Family = std::vector<const NSCodingClass *>;
 
     void fail(std::u16string_view problem) {
         failWithError(NSError::errorWithDomain(
@@ -235,41 +185,42 @@ private:
 
     /// Reads the archive's frame and checks that every reference in it leads to one of its objects, so that
     /// nothing after this needs to. Answers what is wrong, null when it is good.
-    const char16_t *load(const NSData &data) {
+    const char16_t *load() {
         constexpr const char16_t *noArchive = u"it is no keyed archive";
         // Index 0 is always there and always null, so that "nothing" is an index like any other.
-        _objects.push_back(nullptr);
-        if (const char16_t *problem = QVProblemOfBinaryPropertyList(data.bytes()))
+        _objects.push_back(0);
+        _strings.emplace_back();
+        if (const char16_t *problem = QVProblemOfBinaryPropertyList(_bytes.bytes()))
             return problem;
-        plist_t list = nullptr;
-        plist_from_bin(data.view().data(), static_cast<std::uint32_t>(data.length()), &list);
-        _list.reset(list);
-        if (list == nullptr || plist_get_node_type(list) != PLIST_DICT)
+        _list.emplace(_bytes.bytes());
+        const Value list = _list->top();
+        if (!_list->isString(_list->valueForKey(list, u"$archiver"), u"NSKeyedArchiver"))
             return noArchive;
-        plist_t archiver = fieldOfType(list, "$archiver", PLIST_STRING);
-        if (archiver == nullptr || text(archiver) != "NSKeyedArchiver")
-            return noArchive;
-        if (integerOf(fieldOfType(list, "$version", PLIST_UINT)) != 100000)
+        if (integerOf(numberOf(_list->valueForKey(list, u"$version", Kind::Integer))) != 100000)
             return u"it is of another version";
-        plist_t top = fieldOfType(list, "$top", PLIST_DICT);
-        plist_t root = top != nullptr ? fieldOfType(top, "root", PLIST_UID) : nullptr;
-        plist_t objects = fieldOfType(list, "$objects", PLIST_ARRAY);
-        if (root == nullptr || objects == nullptr)
+        const Value top = _list->valueForKey(list, u"$top", Kind::Dictionary);
+        const Value root = _list->valueForKey(top, u"root", Kind::UID);
+        const Value objects = _list->valueForKey(list, u"$objects", Kind::Array);
+        if (root == 0 || objects == 0)
             return noArchive;
 
-        _objects.clear();
-        forEachInArray(objects, [this](plist_t object) { return _objects.push_back(object), true; });
-        if (_objects.empty() || plist_get_node_type(_objects[0]) != PLIST_STRING ||
-            text(_objects[0]) != "$null")
+        const std::size_t count = _list->countOf(objects);
+        if (count == 0 || !_list->isString(_list->itemOf(objects, 0), u"$null"))
             return noArchive;
-        _objects[0] = nullptr;
+        _objects.resize(count);
+        for (std::size_t index = 1; index < count; ++index)
+            _objects[index] = _list->itemOf(objects, index);
+        _made.resize(count);
+        _strings.resize(count);
         if (!isInBounds(root))
             return u"it refers to an object that it doesn't hold";
-        _root = indexOf(root);
-        for (std::size_t index = 1; index < _objects.size(); ++index) {
-            const plist_type type = plist_get_node_type(_objects[index]);
-            if (type == PLIST_ARRAY || type == PLIST_UID)
+        _root = _list->integerOf(root);
+        for (std::size_t index = 1; index < count; ++index) {
+            const Kind kind = _list->kindOf(_objects[index]);
+            if (kind == Kind::Array || kind == Kind::UID)
                 return u"one of its objects has no class";
+            if (kind == Kind::Dictionary && _list->countOf(_objects[index]) > limits::archiveFields)
+                return u"one of its objects has too many fields";
             if (!isInBounds(_objects[index]))
                 return u"it refers to an object that it doesn't hold";
         }
@@ -277,116 +228,113 @@ private:
         return nullptr;
     }
 
-    bool isInBounds(plist_t node) const {
-        bool isGood = true;
-        switch (plist_get_node_type(node)) {
-        case PLIST_UID:
-            return indexOf(node) < _objects.size();
-        case PLIST_ARRAY:
-            forEachInArray(node, [&](plist_t item) { return isGood = isInBounds(item); });
-            return isGood;
-        case PLIST_DICT: {
-            plist_dict_iter raw = nullptr;
-            plist_dict_new_iter(node, &raw);
-            const std::unique_ptr<void, IteratorDeleter> iterator(raw);
-            plist_t item = nullptr;
-            do {
-                plist_dict_next_item(node, raw, nullptr, &item);
-                isGood = item == nullptr || isInBounds(item);
-            } while (item != nullptr && isGood);
-            return isGood;
-        }
+    bool isInBounds(Value value) const {
+        switch (_list->kindOf(value)) {
+        case Kind::UID:
+            return _list->integerOf(value) < _objects.size();
+        case Kind::Array:
+            for (std::size_t index = 0; index < _list->countOf(value); ++index)
+                if (!isInBounds(_list->itemOf(value, index)))
+                    return false;
+            return true;
+        case Kind::Dictionary:
+            for (std::size_t index = 0; index < _list->countOf(value); ++index)
+                if (!isInBounds(_list->entryOf(value, index)))
+                    return false;
+            return true;
         default:
             return true;
         }
     }
 
-    static std::uint64_t indexOf(plist_t uid) {
-        std::uint64_t index = 0;
-        plist_get_uid_val(uid, &index);
-        return index;
+    std::optional<Number> numberOf(Value value) const {
+        switch (_list ? _list->kindOf(value) : Kind::None) {
+        case Kind::Boolean:
+        case Kind::Integer:
+            return static_cast<NSInteger>(_list->integerOf(value));
+        case Kind::Real:
+            return _list->realOf(value);
+        default:
+            return std::nullopt;
+        }
     }
 
-    plist_t field(const NSString &key) const {
-        if (_current == nullptr || _error)
-            return nullptr;
-        const std::string name = key.hasPrefix(u"$") ? "$" + key.UTF8String() : key.UTF8String();
-        return plist_dict_get_item(_current, name.c_str());
+    /// The value of an object's field, 0 where it has none.
+    Value field(const NSString &key) const {
+        if (_current == 0 || _error)
+            return 0;
+        return key.hasPrefix(u"$") ? _list->valueForKey(_current, u"$" + std::u16string(key.view()))
+                                   : _list->valueForKey(_current, key);
     }
 
     /// The index that an object's field refers to, 0 (null) where it refers to none.
     std::uint64_t indexForKey(const NSString &key) const {
-        plist_t value = field(key);
-        return value != nullptr && plist_get_node_type(value) == PLIST_UID ? indexOf(value) : 0;
+        const Value value = field(key);
+        return value != 0 && _list->kindOf(value) == Kind::UID ? _list->integerOf(value) : 0;
     }
 
-    plist_t referredObject(plist_t dictionary, const char *key) const {
-        plist_t reference = fieldOfType(dictionary, key, PLIST_UID);
-        return reference != nullptr ? _objects[indexOf(reference)] : nullptr;
+    Value referredObject(Value dictionary, std::u16string_view key) const {
+        const Value reference = _list->valueForKey(dictionary, key, Kind::UID);
+        return reference != 0 ? _objects[_list->integerOf(reference)] : 0;
     }
 
-    /// The class name of an object that is written as a dictionary; empty for all others.
-    std::string_view classNameAt(std::uint64_t index) const {
-        plist_t object = _objects[index];
-        if (object == nullptr || plist_get_node_type(object) != PLIST_DICT)
-            return {};
-        plist_t description = referredObject(object, "$class");
-        if (description == nullptr || plist_get_node_type(description) != PLIST_DICT)
-            return {};
-        plist_t name = fieldOfType(description, "$classname", PLIST_STRING);
-        return name != nullptr ? text(name) : std::string_view();
+    /// The class name of an object that is written as a dictionary; 0 for all others.
+    Value classNameAt(std::uint64_t index) const {
+        if (_objects[index] == 0)
+            return 0;
+        return _list->valueForKey(referredObject(_objects[index], u"$class"), u"$classname", Kind::String);
     }
 
     bool isOfClass(std::uint64_t index, ClassNames names) const {
-        const std::string_view name = classNameAt(index);
-        return std::find(names.begin(), names.end(), name) != names.end();
+        const Value found = classNameAt(index);
+        return found != 0 && std::any_of(names.begin(), names.end(), [&](std::u16string_view name) {
+                   return _list->isString(found, name);
+               });
     }
 
-    static NSData dataOf(plist_t node) {
-        std::uint64_t length = 0;
-        const char *bytes = plist_get_data_ptr(node, &length);
-        return NSData(std::string_view(bytes ? bytes : "", bytes ? length : 0));
+    NSData copyOf(Value data) const {
+        const auto bytes = _list->dataOf(data);
+        return std::vector<std::uint8_t>(bytes.begin(), bytes.end());
     }
 
     NSData dataAt(std::uint64_t index) {
-        plist_t object = _objects[index];
-        if (object == nullptr)
+        const Value object = _objects[index];
+        if (object == 0)
             return {};
         const auto known = _data.find(index);
         if (known != _data.end())
             return known->second;
         NSData data;
-        if (plist_get_node_type(object) == PLIST_DATA)
-            data = dataOf(object);
+        if (_list->kindOf(object) == Kind::Data)
+            data = copyOf(object);
         else if (isOfClass(index, dataClasses))
-            if (plist_t held = fieldOfType(object, "NS.data", PLIST_DATA))
-                data = dataOf(held);
+            if (const Value held = _list->valueForKey(object, u"NS.data", Kind::Data))
+                data = copyOf(held);
         return _data[index] = data;
     }
 
     /// Each text is made once, so that many references to a long one stay small.
     NSString stringAt(std::uint64_t index) {
-        plist_t object = _objects[index];
-        if (object == nullptr)
+        const Value object = _objects[index];
+        if (object == 0)
             return {};
-        const auto known = _strings.find(index);
-        if (known != _strings.end())
-            return known->second;
-        NSString string;
-        if (plist_get_node_type(object) == PLIST_STRING) {
-            string = NSString::stringWithUTF8String(text(object));
+        NSString &string = _strings[index];
+        if (string)
+            return string;
+        if (_list->kindOf(object) == Kind::String) {
+            string = _list->stringOf(object);
         } else if (isOfClass(index, stringClasses)) {
-            if (plist_t held = fieldOfType(object, "NS.string", PLIST_STRING)) {
-                string = NSString::stringWithUTF8String(text(held));
-            } else if (plist_t units = fieldOfType(object, "NS.utf16", PLIST_DATA)) {
-                const NSData bytes = dataOf(units);
+            if (const Value held = _list->valueForKey(object, u"NS.string", Kind::String)) {
+                string = _list->stringOf(held);
+            } else if (const Value units = _list->valueForKey(object, u"NS.utf16", Kind::Data)) {
+                const auto bytes = _list->dataOf(units);
                 std::u16string characters;
-                for (std::size_t at = 0; at + 1 < bytes.length(); at += 2)
-                    characters += static_cast<char16_t>(bytes.bytes()[at] << 8 | bytes.bytes()[at + 1]);
+                for (std::size_t at = 0; at + 1 < bytes.size(); at += 2)
+                    characters += static_cast<char16_t>(bytes[at] << 8 | bytes[at + 1]);
                 string = std::move(characters);
             }
         }
-        return _strings[index] = string;
+        return string;
     }
 
     /// Hostile lists may name one long list a thousand times; the archive as a whole has so many entries.
@@ -405,64 +353,64 @@ private:
     template <typename Visit> bool forEachEntry(std::uint64_t index, ClassNames classes, Visit visit) {
         if (!isOfClass(index, classes))
             return false;
-        plist_t entries = fieldOfType(_objects[index], "NS.objects", PLIST_ARRAY);
-        if (entries == nullptr)
+        const Value entries = _list->valueForKey(_objects[index], u"NS.objects", Kind::Array);
+        if (entries == 0)
             return false;
-        bool isGood = true;
-        forEachInArray(entries, [&](plist_t entry) {
-            return isGood = takeEntry() && plist_get_node_type(entry) == PLIST_UID && visit(indexOf(entry));
-        });
-        return isGood;
+        for (std::size_t number = 0; number < _list->countOf(entries); ++number) {
+            const Value entry = _list->itemOf(entries, number);
+            if (!takeEntry() || _list->kindOf(entry) != Kind::UID || !visit(_list->integerOf(entry)))
+                return false;
+        }
+        return true;
     }
 
-    template <typename Value, typename ValueAt>
-    std::optional<std::map<NSString, Value>> dictionaryAt(std::uint64_t index, ValueAt valueOf) {
+    template <typename Result, typename ValueAt>
+    std::optional<std::map<NSString, Result>> dictionaryAt(std::uint64_t index, ValueAt valueOf) {
         if (!isOfClass(index, dictionaryClasses))
             return std::nullopt;
-        plist_t keys = fieldOfType(_objects[index], "NS.keys", PLIST_ARRAY);
-        plist_t values = fieldOfType(_objects[index], "NS.objects", PLIST_ARRAY);
-        if (keys == nullptr || values == nullptr ||
-            plist_array_get_size(keys) != plist_array_get_size(values))
+        const Value keys = _list->valueForKey(_objects[index], u"NS.keys", Kind::Array);
+        const Value values = _list->valueForKey(_objects[index], u"NS.objects", Kind::Array);
+        if (keys == 0 || values == 0 || _list->countOf(keys) != _list->countOf(values))
             return std::nullopt;
+        const std::size_t count = _list->countOf(keys);
         std::vector<NSString> names;
-        forEachInArray(keys, [&](plist_t key) {
+        for (std::size_t number = 0; number < count; ++number) {
+            const Value key = _list->itemOf(keys, number);
             NSString name =
-                takeEntry() && plist_get_node_type(key) == PLIST_UID ? stringAt(indexOf(key)) : NSString();
-            return name && (names.push_back(std::move(name)), true);
-        });
-        if (names.size() != plist_array_get_size(keys))
-            return std::nullopt;
-        std::map<NSString, Value> result;
-        bool isGood = true;
-        auto name = names.begin();
-        forEachInArray(values, [&](plist_t entry) {
-            std::optional<Value> value;
-            if (!_error && plist_get_node_type(entry) == PLIST_UID)
-                value = valueOf(indexOf(entry));
-            isGood = value.has_value();
-            if (isGood)
-                result.insert_or_assign(*name++, std::move(*value));
-            return isGood;
-        });
-        return isGood ? std::optional(std::move(result)) : std::nullopt;
+                takeEntry() && _list->kindOf(key) == Kind::UID ? stringAt(_list->integerOf(key)) : NSString();
+            if (!name)
+                return std::nullopt;
+            names.push_back(std::move(name));
+        }
+        std::map<NSString, Result> result;
+        for (std::size_t number = 0; number < count; ++number) {
+            const Value entry = _list->itemOf(values, number);
+            std::optional<Result> value;
+            if (!_error && _list->kindOf(entry) == Kind::UID)
+                value = valueOf(_list->integerOf(entry));
+            if (!value)
+                return std::nullopt;
+            result.insert_or_assign(names[number], std::move(*value));
+        }
+        return result;
     }
 
     std::optional<NSCodingValue> valueAt(std::uint64_t index,
                                          std::span<const NSCodingClass *const> accepted) {
-        plist_t node = _objects[index];
-        if (node == nullptr)
+        const Value object = _objects[index];
+        if (object == 0)
             return std::nullopt;
-        if (plist_get_node_type(node) == PLIST_BOOLEAN)
-            return integerOf(node) != 0;
-        if (const auto number = numberOf(node))
+        if (_list->kindOf(object) == Kind::Boolean)
+            return _list->integerOf(object) != 0;
+        if (const auto number = numberOf(object))
             return std::visit([](auto value) { return NSCodingValue(value); }, *number);
         if (NSString string = stringAt(index))
             return string;
         if (isOfClass(index, nullClasses))
             return nullptr;
         for (const NSCodingClass *acceptedClass : accepted)
-            if (auto object = objectAt(index, *acceptedClass))
-                return object;
+            if (auto made = objectAt(index, *acceptedClass))
+                return made;
         return std::nullopt;
     }
 
@@ -475,7 +423,7 @@ private:
         return isGood ? std::optional(std::move(objects)) : std::nullopt;
     }
 
-    /// The accepted class and all below it, by name.
+    /// The accepted class and all below it: few, so they are looked through.
     const Family &familyOf(const NSCodingClass &accepted) {
         const auto [entry, isNew] = _families.try_emplace(&accepted);
         if (isNew) {
@@ -484,7 +432,7 @@ private:
             while (!pending.empty()) {
                 const NSCodingClass *member = pending.back();
                 pending.pop_back();
-                entry->second.emplace(NSString(member->name), member);
+                entry->second.push_back(member);
                 if (member->subclasses == nullptr)
                     continue;
                 for (const NSCodingClass *subclass : member->subclasses())
@@ -496,28 +444,27 @@ private:
     }
 
     std::shared_ptr<NSSecureCoding> objectAt(std::uint64_t index, const NSCodingClass &accepted) {
-        if (_error || _objects[index] == nullptr)
+        if (_error || _objects[index] == 0)
             return nullptr;
         const Family &family = familyOf(accepted);
-        const auto made = _made.find(index);
-        if (made != _made.end()) {
+        if (const NSCodingClass *const madeClass = _made[index].codingClass)
             // Made for a reader of one class, asked for by a reader of another.
-            const auto member = family.find(NSString(made->second.codingClass->name));
-            return member != family.end() && member->second == made->second.codingClass ? made->second.object
-                                                                                        : nullptr;
-        }
-        const std::string_view name = classNameAt(index);
-        const auto member = name.empty() ? family.end() : family.find(NSString::stringWithUTF8String(name));
-        if (member == family.end() || member->second->allocate == nullptr)
+            return std::find(family.begin(), family.end(), madeClass) != family.end() ? _made[index].object
+                                                                                      : nullptr;
+        const Value name = classNameAt(index);
+        const auto member = std::find_if(family.begin(), family.end(), [&](const NSCodingClass *candidate) {
+            return _list->isString(name, candidate->name);
+        });
+        if (member == family.end() || (*member)->allocate == nullptr)
             return nullptr;
         if (_depth >= limits::archiveNestingDepth) {
             fail(u"its objects nest too deep");
             return nullptr;
         }
-        auto object = member->second->allocate();
+        auto object = (*member)->allocate();
         if (!object)
             return nullptr;
-        _made[index] = {member->second, object};
+        _made[index] = {*member, object};
         const auto filled = [&] {
             const Scope scope(*this, _objects[index]);
             return object->initWithCoder(*this, object);
@@ -530,7 +477,7 @@ private:
     /// While one object reads its fields; brings back its reader's when it is done, or throws.
     class Scope {
     public:
-        Scope(KeyedUnarchiver &coder, plist_t fields) : _coder(coder), _outer(coder._current) {
+        Scope(KeyedUnarchiver &coder, Value fields) : _coder(coder), _outer(coder._current) {
             coder._current = fields;
             ++coder._depth;
         }
@@ -543,17 +490,20 @@ private:
 
     private:
         KeyedUnarchiver &_coder;
-        plist_t _outer;
+        Value _outer;
     };
 
-    std::unique_ptr<void, PropertyListDeleter> _list;
-    std::vector<plist_t> _objects;
+    const NSData _bytes;
+    /// Empty for what is no property list.
+    std::optional<QVPropertyListReader> _list;
+    std::vector<Value> _objects;
     std::uint64_t _root = 0;
-    plist_t _current = nullptr;
+    Value _current = 0;
     std::size_t _depth = 0;
     std::size_t _remainingEntries = 0;
-    std::unordered_map<std::uint64_t, Made> _made;
-    std::unordered_map<std::uint64_t, NSString> _strings;
+    /// By the indexes of objects.
+    std::vector<Made> _made;
+    std::vector<NSString> _strings;
     std::unordered_map<std::uint64_t, NSData> _data;
     std::unordered_map<const NSCodingClass *, Family> _families;
     std::shared_ptr<NSError> _error;

@@ -24,11 +24,14 @@ inline constexpr std::size_t packageCacheBytes = 128u << 20;
 inline constexpr std::size_t archiveNestingDepth = 1024;
 /// Bytes of an archive.
 inline constexpr std::size_t archiveBytes = 256u << 20;
-/// Values in an archive, each counted as often as it is referred to; one takes the property list library
-/// about a hundred bytes. The same number bounds the entries of all lists that one decoding reads.
+/// Fields of one object in an archive; a language has thirty. A field is looked for among all of its object,
+/// which others may name a million times.
+inline constexpr std::size_t archiveFields = 256;
+/// Values in an archive, each counted as often as it is referred to; an object takes about fifty bytes while
+/// it is read. The same number bounds the entries of all lists that one decoding reads.
 inline constexpr std::size_t archiveReferences = 8u << 20;
 /// Containers inside one another in an archive's property list, which is flat: its objects name each other by
-/// index. The library reads containers by recursion.
+/// index. Checks of references follow them by recursion.
 inline constexpr std::size_t propertyListNestingDepth = 16;
 
 /// Open regions of a parse, the root being one of them: where a document nests deeper, the region is closed
@@ -53,8 +56,8 @@ inline constexpr std::size_t selectorChainLength = 1000;
 /// End patterns, built from a template and the text of a region's start, that one parse keeps compiled.
 inline constexpr std::size_t rememberedEndPatterns = 1024;
 
-/// Names whose grams are remembered, and the longest of them in units: some megabytes for the names of a large
-/// project, and nothing for texts that are no names.
+/// Names whose grams are remembered, and the longest of them in units: some megabytes for the names of a
+/// large project, and nothing for texts that are no names.
 inline constexpr std::size_t rememberedGrams = 8192;
 inline constexpr std::size_t rememberedGramsLength = 256;
 
@@ -64,8 +67,8 @@ inline constexpr std::size_t rememberedFontNames = 1024;
 /// Entries of a cache, unless its owner says otherwise.
 inline constexpr std::size_t cachedObjects = 1024;
 
-/// Styles of a theme, and the properties of all of them, each counted for each selector that shares it: a file
-/// of a megabyte can otherwise ask for any amount of memory. The largest themes have a few thousand.
+/// Styles of a theme, and the properties of all of them, each counted for each selector that shares it: a
+/// file of a megabyte can otherwise ask for any amount of memory. The largest themes have a few thousand.
 inline constexpr std::size_t themeStylesAndProperties = 1u << 16;
 
 /// Threads of one pool of workers, those that wait for others included. Tasks that wait for one another more

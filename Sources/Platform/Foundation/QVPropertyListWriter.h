@@ -12,10 +12,10 @@
 
 namespace quorvane {
 
-/// Writes the binary property list of an archive in time that grows with its size. The property list library
-/// finds equal values with a table that long archives overflow, and then takes time that grows with the
-/// square of their size: four seconds where this takes a tenth of one. Values are numbered as they are added;
-/// equal numbers and texts get one number.
+/// Writes the binary property list of an archive in time that grows with its size: `libplist` finds equal
+/// values with a table that long archives overflow, and then takes time that grows with the square of their
+/// size, four seconds where this takes a tenth of one. Values are numbered as they are added; equal numbers
+/// and texts get one number.
 class QVPropertyListWriter {
 public:
     using Value = std::uint32_t;

@@ -246,6 +246,22 @@ TEST(NSKeyedUnarchiver, AListThatManyObjectsNameIsChargedEveryTime) {
     EXPECT_EQ(error->localizedDescription(), u"The archive can’t be read: it holds too many values.");
 }
 
+TEST(NSKeyedUnarchiver, AnObjectHasAsManyFieldsAsTheLimitAndNoMore) {
+    const auto problemOfFields = [](std::size_t count) {
+        RawArchive archive;
+        std::vector<Entry> entries{{archive.string(u"$class"), archive.uid(2)}};
+        while (entries.size() < count)
+            entries.push_back(
+                {archive.writer.addString(NSString::stringWithFormat(u"field %ld", entries.size())),
+                 archive.writer.addInteger(1)});
+        archive.objects.push_back(archive.writer.addDictionary(entries));
+        archive.objects.push_back(archive.classNamed(u"Node"));
+        return problemOf(archive.data());
+    };
+    EXPECT_EQ(problemOfFields(limits::archiveFields), NSString());
+    EXPECT_EQ(problemOfFields(limits::archiveFields + 1), u"one of its objects has too many fields.");
+}
+
 TEST(NSKeyedUnarchiver, DictionariesOfUnequalHalvesReadAsNothing) {
     class Holder final : public NSSecureCoding {
     public:
