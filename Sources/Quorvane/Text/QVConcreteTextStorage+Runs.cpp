@@ -32,7 +32,9 @@ void QVConcreteTextStorage::enumerateSyntaxHighlightingAttributesInRange(NSRange
                                                                          AttributesBlock usingBlock) const {
     checkRange(range);
     QVParameterAssert(static_cast<bool>(usingBlock), "block != nil");
-    _syntaxHighlightingAttributes->enumerateObjectsInRange(range, usingBlock);
+    // The block may let results in, which can put another array in this one's place.
+    const std::shared_ptr<Attributes> walked = _syntaxHighlightingAttributes;
+    walked->enumerateObjectsInRange(range, usingBlock);
 }
 
 NSAttributes QVConcreteTextStorage::extendedAttributesAtIndex(NSUInteger index,

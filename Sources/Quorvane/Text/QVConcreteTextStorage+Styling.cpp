@@ -59,8 +59,7 @@ void QVConcreteTextStorage::restyleCutRanges() {
 
 // MARK: - Taking them in
 
-void QVConcreteTextStorage::didFinishStylingRange(NSRange range, const QVStyling *styling,
-                                                  const Edit &unseenEdit) {
+void QVConcreteTextStorage::didFinishStylingRange(NSRange range, QVStyling *styling, const Edit &unseenEdit) {
     Edit edit = unseenEdit;
     if (const Edit inBracket = unprocessedEdit(); !inBracket.isNone())
         edit.coalesceWithEdit(inBracket.range, inBracket.changeInLength);
@@ -102,17 +101,26 @@ void QVConcreteTextStorage::restyleRangeOnceParsed(NSRange range) {
         updateStylingInRange(present);
 }
 
-void QVConcreteTextStorage::applyStylingAttributesToRange(NSRange range, const QVStyling *styling,
+void QVConcreteTextStorage::applyStylingAttributesToRange(NSRange range, QVStyling *styling,
                                                           NSUInteger fromIndex) {
     range = NSIntersectionRange(range, {0, length()});
     if (range.length == 0)
         return;
     beginEditing();
-    resetStylingAttributesInRange(range);
+    const NSRange from{fromIndex, range.length};
+    if (styling != nullptr && range.length == length() && styling->attributes->count() == length()) {
+        // A large document's colours are not worth a copy.
+        std::swap(_syntaxHighlightingAttributes, styling->attributes);
+        std::swap(_syntaxes, styling->syntaxes);
+        resetFontsInRange(range);
+    } else {
+        resetStylingAttributesInRange(range);
+        if (styling != nullptr) {
+            _syntaxHighlightingAttributes->replaceObjectsInRange(range, *styling->attributes, from);
+            _syntaxes->replaceObjectsInRange(range, *styling->syntaxes, from);
+        }
+    }
     if (styling != nullptr) {
-        const NSRange from{fromIndex, range.length};
-        _syntaxHighlightingAttributes->replaceObjectsInRange(range, styling->attributes, from);
-        _syntaxes->replaceObjectsInRange(range, styling->syntaxes, from);
         bool changesFonts = false;
         styling->fonts.enumerateObjectsInRange(from, [&](const CTFontRef &font, NSRange run, bool &) {
             if (!font)
@@ -139,23 +147,30 @@ void QVConcreteTextStorage::fillSyntaxes() {
 }
 
 void QVConcreteTextStorage::resetStylingAttributesInRange(NSRange range) {
-    beginEditing();
     _syntaxHighlightingAttributes->replaceObjectsInRange(range, _defaultSyntaxHighlightingAttributes,
                                                          range.length);
     _syntaxes->replaceObjectsInRange(range, _syntax, range.length);
-    if (const NSAttributeValue *const defaultFont = _defaultTextAttributes.valueForKey(NSFontAttributeName)) {
-        bool changesFonts = false;
-        _contents->enumerateAttribute(NSFontAttributeName, range,
-                                      NSAttributedStringEnumerationLongestEffectiveRangeNotRequired,
-                                      [&](const NSAttributeValue *font, NSRange run, bool &) {
-                                          if (font != nullptr && *font == *defaultFont)
-                                              return;
-                                          setFont(*defaultFont, run);
-                                          changesFonts = true;
-                                      });
-        if (changesFonts)
-            edited(NSTextStorageEditedAttributes, range, 0);
-    }
+    resetFontsInRange(range);
+}
+
+void QVConcreteTextStorage::resetFontsInRange(NSRange range) {
+    // A copy, which keeps the font while views are told.
+    const NSAttributes defaults = _defaultTextAttributes;
+    const NSAttributeValue *const defaultFont = defaults.valueForKey(NSFontAttributeName);
+    if (defaultFont == nullptr)
+        return;
+    beginEditing();
+    bool changesFonts = false;
+    _contents->enumerateAttribute(NSFontAttributeName, range,
+                                  NSAttributedStringEnumerationLongestEffectiveRangeNotRequired,
+                                  [&](const NSAttributeValue *font, NSRange run, bool &) {
+                                      if (font != nullptr && *font == *defaultFont)
+                                          return;
+                                      setFont(*defaultFont, run);
+                                      changesFonts = true;
+                                  });
+    if (changesFonts)
+        edited(NSTextStorageEditedAttributes, range, 0);
     endEditing();
 }
 

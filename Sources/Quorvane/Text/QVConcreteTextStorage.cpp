@@ -15,7 +15,7 @@ namespace quorvane {
 QVConcreteTextStorage::QVConcreteTextStorage()
     : _contents(NSMutableAttributedString::initWithString(u"")),
       _extendedAttributes(std::make_unique<Attributes>()),
-      _syntaxHighlightingAttributes(std::make_unique<Attributes>()), _syntaxes(std::make_unique<Syntaxes>()),
+      _syntaxHighlightingAttributes(std::make_shared<Attributes>()), _syntaxes(std::make_shared<Syntaxes>()),
       _lines(std::make_unique<QVLineRunArray>()), _defaultTextAttributes(completedTextAttributes({})),
       _link(std::make_shared<Link>()) {}
 

@@ -207,12 +207,14 @@ private:
     void resolvedStylesDidChange();
     void restyleCutRanges();
     /// Takes in what highlighting makes of a range of the text as it was before the edit, null for nothing.
-    void didFinishStylingRange(NSRange range, const QVStyling *styling, const Edit &unseenEdit);
+    /// What is taken whole leaves the styling.
+    void didFinishStylingRange(NSRange range, QVStyling *styling, const Edit &unseenEdit);
     void restyleRangeOnceParsed(NSRange range);
-    void applyStylingAttributesToRange(NSRange range, const QVStyling *styling, NSUInteger fromIndex);
+    void applyStylingAttributesToRange(NSRange range, QVStyling *styling, NSUInteger fromIndex);
     void setFont(const NSAttributeValue &font, NSRange range);
     void fillSyntaxes();
     void resetStylingAttributesInRange(NSRange range);
+    void resetFontsInRange(NSRange range);
 
     // Attributes
     static NSAttributes completedTextAttributes(const NSAttributes &attributes);
@@ -242,9 +244,10 @@ private:
     std::weak_ptr<QVParseDelegate> _parseDelegate;
     std::shared_ptr<NSMutableAttributedString> _contents;
     std::unique_ptr<Attributes> _extendedAttributes;
-    std::unique_ptr<Attributes> _syntaxHighlightingAttributes;
+    /// Shared with walks alone: the colours of a whole text come in by exchanging the array.
+    std::shared_ptr<Attributes> _syntaxHighlightingAttributes;
     /// Null stands for the document's syntax.
-    std::unique_ptr<Syntaxes> _syntaxes;
+    std::shared_ptr<Syntaxes> _syntaxes;
     std::unique_ptr<QVLineRunArray> _lines;
     NSAttributes _defaultTextAttributes;
     NSAttributes _defaultSyntaxHighlightingAttributes;

@@ -7,10 +7,12 @@
 namespace quorvane {
 
 QVStyling::QVStyling(NSUInteger length, const NSAttributes &defaultAttributes,
-                     const std::shared_ptr<QVSyntax> &syntax) {
-    attributes.replaceObjectsInRange({0, 0}, defaultAttributes, length);
+                     const std::shared_ptr<QVSyntax> &syntax)
+    : attributes(std::make_shared<QVMutableRLEArray<NSAttributes>>()),
+      syntaxes(std::make_shared<QVMutableRLEArray<std::shared_ptr<QVSyntax>>>()) {
+    attributes->replaceObjectsInRange({0, 0}, defaultAttributes, length);
     fonts.replaceObjectsInRange({0, 0}, nullptr, length);
-    syntaxes.replaceObjectsInRange({0, 0}, syntax, length);
+    syntaxes->replaceObjectsInRange({0, 0}, syntax, length);
 }
 
 namespace {
@@ -49,8 +51,8 @@ private:
 
 } // namespace
 
-std::shared_ptr<const QVStyling> QVStylingForRange(const QVParse &parse, NSRange range,
-                                                   const QVStylingDefaults &defaults) {
+std::shared_ptr<QVStyling> QVStylingForRange(const QVParse &parse, NSRange range,
+                                             const QVStylingDefaults &defaults) {
     const auto styling =
         std::make_shared<QVStyling>(range.length, defaults.highlightingAttributes, parse.syntax());
     AttributeMerger merger;
@@ -63,12 +65,12 @@ std::shared_ptr<const QVStyling> QVStylingForRange(const QVParse &parse, NSRange
             const NSRange slots{piece.location - range.location, piece.length};
             const bool resets = (flags & (QVAttributeFlagsRegionDefault | QVAttributeFlagsReset)) != 0;
             if (resets)
-                styling->syntaxes.replaceObjectsInRange(slots, syntax, slots.length);
+                styling->syntaxes->replaceObjectsInRange(slots, syntax, slots.length);
             // What stands at the piece's start counts for all of it: pieces come from the outside in, so that
             // what lies under one is of one kind.
             const NSAttributes base =
-                resets ? defaults.highlightingAttributes : styling->attributes.objectAtIndex(slots.location);
-            styling->attributes.replaceObjectsInRange(slots, merger.merge(base, attributes), slots.length);
+                resets ? defaults.highlightingAttributes : styling->attributes->objectAtIndex(slots.location);
+            styling->attributes->replaceObjectsInRange(slots, merger.merge(base, attributes), slots.length);
             if (const NSAttributeValue *const font = attributes.valueForKey(NSFontAttributeName))
                 if (const auto *const object = std::get_if<NSAttributeValue::Object>(font))
                     if (auto held = std::dynamic_pointer_cast<const CTFont>(*object))

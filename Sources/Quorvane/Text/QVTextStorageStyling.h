@@ -11,16 +11,16 @@
 namespace quorvane {
 
 /// What highlighting makes of a range of text: run arrays with one slot for each of its characters. Built on
-/// a parse's queue, applied by the storage on the main thread.
+/// a parse's queue, applied by the storage on the main thread, which keeps the arrays of a whole text.
 struct QVStyling {
     /// The default highlighting, no font and the document's syntax everywhere.
     QVStyling(NSUInteger length, const NSAttributes &defaultAttributes,
               const std::shared_ptr<QVSyntax> &syntax);
 
-    QVMutableRLEArray<NSAttributes> attributes;
+    std::shared_ptr<QVMutableRLEArray<NSAttributes>> attributes;
     /// Null where highlighting asks for none.
     QVMutableRLEArray<CTFontRef> fonts;
-    QVMutableRLEArray<std::shared_ptr<QVSyntax>> syntaxes;
+    std::shared_ptr<QVMutableRLEArray<std::shared_ptr<QVSyntax>>> syntaxes;
 };
 
 /// What a reparse and a styling take along to the parse's queue, so that they don't look at the storage.
@@ -32,8 +32,8 @@ struct QVStylingDefaults {
 };
 
 /// Builds the styling of a range from the tree of a parse. Read access.
-std::shared_ptr<const QVStyling> QVStylingForRange(const QVParse &parse, NSRange range,
-                                                   const QVStylingDefaults &defaults);
+std::shared_ptr<QVStyling> QVStylingForRange(const QVParse &parse, NSRange range,
+                                             const QVStylingDefaults &defaults);
 
 /// What outlives the storage: tasks on other queues hold it, and find out whether they are still wanted.
 struct QVConcreteTextStorage::Link {

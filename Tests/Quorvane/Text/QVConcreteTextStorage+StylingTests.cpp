@@ -266,6 +266,23 @@ TEST(QVConcreteTextStorageStyling, AnEmbeddedLanguageStartsFromPlainText) {
     EXPECT_EQ(drawnHighlighting(*storage), "4.24");
 }
 
+TEST(QVConcreteTextStorageStyling, AWalkGoesOnWhileTheColoursOfTheWholeTextComeIn) {
+    const auto syntax = smallLanguage();
+    const auto storage = documentWithText(u"k1 22 k3", syntax);
+    setStyles(syntax, {{u"keyword", 5}, {u"number", 6}});
+    storage->invalidateStylingInRange({0, 8});
+    waitForQueue(*storage->parse());
+    std::string numbers;
+    storage->enumerateSyntaxHighlightingAttributesInRange(
+        {0, 8}, 0, [&](const NSAttributes &attributes, NSRange, bool &) {
+            MainQueue::drain();
+            const NSAttributeValue *const value = attributes.valueForKey(NSUnderlineStyleAttributeName);
+            numbers += value ? std::to_string(value->integerValue()) : ".";
+        });
+    EXPECT_EQ(numbers, "1.2.1") << "those that it began with";
+    EXPECT_EQ(drawnHighlighting(*storage), "55.66.55");
+}
+
 // MARK: Fonts
 
 TEST(QVConcreteTextStorageStyling, FontsReachTheTextAndColoursDoNot) {
