@@ -6,6 +6,7 @@
 #include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseText.h"
 #include "Quorvane/Scopes/QVCapture.h"
+#include "Quorvane/Symbols/QVLexicalClass.h"
 
 #include <boost/container/small_vector.hpp>
 
@@ -71,7 +72,11 @@ struct AttributeWalk {
 
     bool reportMatch(const QVScopeMatch *match, const QVScope *scope, bool captures,
                      const std::shared_ptr<QVSyntax> &syntax) const {
-        const NSAttributes *const attributes = cache.attributesForScope(scope);
+        return reportMatch(match, scope, cache.attributesForScope(scope), captures, syntax);
+    }
+    /// Null where the match itself has nothing to say.
+    bool reportMatch(const QVScopeMatch *match, const QVScope *scope, const NSAttributes *attributes,
+                     bool captures, const std::shared_ptr<QVSyntax> &syntax) const {
         if (scope->shouldResetStyleAttributes()) {
             if (!report(attributes ? *attributes : NSAttributes(), match->fullRange(), syntax,
                         QVAttributeFlagsReset))
@@ -155,8 +160,16 @@ bool QVParseEnumerateAttributesForMatchUsingBlock(const QVParse &parse,
                                                   const QVScopeMatch *match, const QVScope *scope,
                                                   bool captures, QVAttributeCache &scratch,
                                                   QVAttributesBlock block) {
-    return AttributeWalk{parse.string().size(), countableRange(range), scratch, block}.reportMatch(
-        match, scope, captures, syntax);
+    const AttributeWalk walk{parse.string().size(), countableRange(range), scratch, block};
+    if (match->scope() == scope)
+        return walk.reportMatch(match, scope, captures, syntax);
+    // The style is the match's own, whatever the scope that it is to be reported as.
+    NSMutableAttributes mixed;
+    if (scope->lexicalClass())
+        mixed.set(QVLexicalClassAttributeName, scope->lexicalClass());
+    QVParseResolveStyleAttributesForMatch(match, mixed, scratch.defaultAttributes());
+    const NSAttributes attributes = mixed.attributes();
+    return walk.reportMatch(match, scope, attributes.empty() ? nullptr : &attributes, captures, syntax);
 }
 
 bool QVParseEnumerateAttributesForMatchTreeUsingBlock(const QVParse &parse,

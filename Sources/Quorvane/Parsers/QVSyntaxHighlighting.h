@@ -39,8 +39,9 @@ using QVAttributesBlock =
 
 /// Reports one match of a scope, cut down to the range: itself, then, where captures are wanted, each of its
 /// styled captures, then the defaults over its content if it embeds a language. `syntax` is the one in force
-/// around the match. The scratch resolves styles over the default attributes that it was made with. Answers
-/// false when the block has set the flag.
+/// around the match. The scope, which need not be the match's own, tells the lexical class, whether what was
+/// set before goes, and whether a language is embedded; the style is that of the match. The scratch resolves
+/// styles over the default attributes that it was made with. Answers false when the block has set the flag.
 QV_EXPORT bool QVParseEnumerateAttributesForMatchUsingBlock(
     const QVParse &parse, const std::shared_ptr<QVSyntax> &syntax, NSRange range, const QVScopeMatch *match,
     const QVScope *scope, bool captures, QVAttributeCache &scratch, QVAttributesBlock block);

@@ -362,6 +362,27 @@ TEST(QVParseHighlighting, AMatchAloneLeavesOutWhatIsBelow) {
     });
 }
 
+TEST(QVParseHighlighting, AMatchThatIsReportedAsAnotherScopeKeepsItsStyle) {
+    // The style was taken from the other scope too.
+    const auto syntax =
+        styled(matchText("word", "[a-z]+") + regionText("test.keyword", "<", ">", "", "reset-styles='true'"),
+               {{u"word", 1}, {u"test.keyword", 2}});
+    const auto parse = parseOfText(syntax, u"ab");
+    parse->performReadingBlockAndWait([&] {
+        QVAttributeCache scratch{NSAttributes()};
+        const auto &scopes = syntax->grammar()->scopes();
+        const QVScopeMatch *const match = parse->rootMatch()->firstChild();
+        ASSERT_EQ(match->scope(), scopes.front().get());
+        std::string reports;
+        EXPECT_TRUE(QVParseEnumerateAttributesForMatchUsingBlock(
+            *parse, syntax, {0, 2}, match, scopes.back().get(), true, scratch,
+            [&](const NSAttributes &attributes, NSRange range, const std::shared_ptr<QVSyntax> &reported,
+                std::uint64_t flags,
+                bool &) { reports += drawnReport(*parse, attributes, range, reported, flags); }));
+        EXPECT_EQ(reports, "reset 0+2 1 keyword\n");
+    });
+}
+
 TEST(QVParseHighlighting, WithoutCapturesTheyAreLeftOut) {
     const std::string scope = matchText("pair", "(\\w)=", captureText(1, "key"));
     const auto syntax = styled(scope, {{u"key", 2}});
