@@ -55,28 +55,31 @@ std::shared_ptr<QVGrammar> QVSyntax::grammarResolvingIfNecessary(bool resolve) c
     if (grammar || !resolve)
         return grammar;
 
+    std::shared_ptr<NSError> error;
     {
         // Let go before the package lock is waited for: whoever has that lock may ask for this grammar too.
         const std::lock_guard monitor(_monitor);
-        unpackGrammar();
+        error = unpackGrammar();
     }
+    // The data is spent by now: a sink of the log may ask for this grammar.
+    if (error)
+        NSLog(u"Error unarchiving grammar for syntax: %@, %@", this, error);
     connectGrammar();
     // Also where an unload has come in between, behind which the grammar is not to be seen any more.
     const std::lock_guard guard(_stateLock);
     return _grammar;
 }
 
-void QVSyntax::unpackGrammar() const {
+std::shared_ptr<NSError> QVSyntax::unpackGrammar() const {
     const NSData data = grammarData();
     if (!data)
-        return;
+        return nullptr;
     std::shared_ptr<NSError> error;
     auto grammar = NSKeyedUnarchiver::unarchivedObjectOfClass<QVGrammar>(data, &error);
-    if (!grammar)
-        NSLog(u"Error unarchiving grammar for syntax: %@, %@", this, error);
     const std::lock_guard guard(_stateLock);
     _grammarData = nullptr;
     _grammar = std::move(grammar);
+    return error;
 }
 
 void QVSyntax::connectGrammar() const {

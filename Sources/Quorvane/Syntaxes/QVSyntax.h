@@ -231,7 +231,8 @@ public:
 
 private:
     std::shared_ptr<QVGrammar> visibleGrammar() const;
-    void unpackGrammar() const;
+    /// Turns the archived grammar, if there is one, into the grammar; answers why it could not.
+    std::shared_ptr<NSError> unpackGrammar() const;
     void connectGrammar() const;
 
     /// Held while the grammar is unpacked, for which no other lock is taken. It is connected under the

@@ -209,6 +209,20 @@ TEST(QVSyntaxCoding, ABadGrammarIsLoggedOnceAndTheSyntaxStaysUsable) {
     EXPECT_EQ(syntax->name(), u"broken");
 }
 
+TEST(QVSyntaxCoding, ALogSinkMayAskForTheGrammarThatItIsToldOf) {
+    // The data was there until the message was out, so such a sink was called from itself without end.
+    const auto syntax = syntaxWithGrammarData(NSData(std::string_view("no archive")));
+    int messages = 0;
+    const NSLogSink previous = NSLogSetSink([&](const NSString &) {
+        if (++messages < 10) {
+            EXPECT_EQ(syntax->grammar(), nullptr);
+        }
+    });
+    EXPECT_EQ(syntax->grammar(), nullptr);
+    NSLogSetSink(previous);
+    EXPECT_EQ(messages, 1);
+}
+
 TEST(QVSyntaxCoding, AGrammarOfAnotherClassIsRefused) {
     const auto syntax =
         syntaxWithGrammarData(NSKeyedArchiver::archivedDataWithRootObject(std::make_shared<QVCollection>()));
