@@ -119,7 +119,9 @@ TEST(LanguagePackagePage, ThePackageInTheEndHasALanguageASymbolAndCompletions) {
     EXPECT_EQ(unknown, "kg apples, bread, ");
 
     // Words are offered in items, but neither in their strings nor in their comments.
-    const auto &selectors = syntax->completionProviders().front()->selectors();
+    const auto provider = syntax->completionProviders().front();
+    ASSERT_TRUE(provider->selectors().has_value());
+    const auto &selectors = *provider->selectors();
     ASSERT_THAT(selectors, SizeIs(1));
     parse->performReadingBlockAndWait([&] {
         const auto isOfferedBehind = [&](const char *word) {

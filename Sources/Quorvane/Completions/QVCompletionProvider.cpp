@@ -10,9 +10,13 @@ namespace quorvane {
 
 namespace {
 
-std::vector<NSString> textsOfChildren(const QVXMLElement &element, std::u16string_view name) {
+/// Null without a child of that name, for a list that is not given says something else than an empty one.
+std::optional<std::vector<NSString>> textsOfChildren(const QVXMLElement &element, std::u16string_view name) {
+    const auto children = element.elementsForName(name);
+    if (children.empty())
+        return std::nullopt;
     std::vector<NSString> texts;
-    for (const auto &child : element.elementsForName(name))
+    for (const auto &child : children)
         if (NSString text = child->text(); text.length() != 0)
             texts.push_back(std::move(text));
     return texts;
@@ -74,14 +78,11 @@ std::shared_ptr<NSSecureCoding> QVCompletionProvider::initWithCoder(NSCoder &cod
     _name = coder.decodeString(u"name");
     _regularExpression = coder.decodeObjectOfClass<NSRegularExpression>(u"regularExpression");
     _captureNumber = static_cast<NSUInteger>(coder.decodeInteger(u"captureNumber"));
-    if (auto selectors = coder.decodeArrayOfClass<QVSelectorCombinator>(u"selectors"))
-        _selectors = std::move(*selectors);
-    if (auto sets = coder.decodeStrings(u"completionSets"))
-        _completionSets = std::move(*sets);
+    _selectors = coder.decodeArrayOfClass<QVSelectorCombinator>(u"selectors");
+    _completionSets = coder.decodeStrings(u"completionSets");
     if (auto completions = coder.decodeArrayOfClass<QVSymbolCompletion>(u"symbolCompletions"))
         _symbolCompletions = std::move(*completions);
-    if (auto names = coder.decodeStrings(u"syntaxNames"))
-        _syntaxNames = std::move(*names);
+    _syntaxNames = coder.decodeStrings(u"syntaxNames");
     return self;
 }
 

@@ -16,6 +16,8 @@ class QVXMLElement;
 /// evaluates the selectors on another thread does so on a copy.
 class QV_EXPORT QVCompletionProvider final : public QVLoadable, public NSSecureCoding {
 public:
+    using Selectors = std::vector<std::shared_ptr<QVSelectorCombinator>>;
+
     /// Reads a "provider" element. Null, with a definition error, when its expression does not compile.
     static std::shared_ptr<QVCompletionProvider>
     providerWithXMLElement(const QVXMLElement &element, std::shared_ptr<NSError> *error = nullptr);
@@ -31,23 +33,22 @@ public:
     /// for the whole match.
     NSUInteger captureNumber() const { return _captureNumber; }
     void setCaptureNumber(NSUInteger captureNumber) { _captureNumber = captureNumber; }
-    /// Where the provider applies; none at all stands for everywhere.
-    const std::vector<std::shared_ptr<QVSelectorCombinator>> &selectors() const { return _selectors; }
-    void setSelectors(std::vector<std::shared_ptr<QVSelectorCombinator>> selectors) {
-        _selectors = std::move(selectors);
-    }
-    /// Names of completion sets, which may hold variables.
-    const std::vector<NSString> &completionSets() const { return _completionSets; }
-    void setCompletionSets(std::vector<NSString> sets) { _completionSets = std::move(sets); }
+    /// Where the provider applies. Null stands for everywhere, while an empty list, which is what a selector
+    /// that can't be read comes to, stands for nowhere.
+    const std::optional<Selectors> &selectors() const { return _selectors; }
+    void setSelectors(std::optional<Selectors> selectors) { _selectors = std::move(selectors); }
+    /// Names of completion sets, which may hold variables; null where the provider names none.
+    const std::optional<std::vector<NSString>> &completionSets() const { return _completionSets; }
+    void setCompletionSets(std::optional<std::vector<NSString>> sets) { _completionSets = std::move(sets); }
     const std::vector<std::shared_ptr<QVSymbolCompletion>> &symbolCompletions() const {
         return _symbolCompletions;
     }
     void setSymbolCompletions(std::vector<std::shared_ptr<QVSymbolCompletion>> completions) {
         _symbolCompletions = std::move(completions);
     }
-    /// The syntaxes that a package's provider is added to.
-    const std::vector<NSString> &syntaxNames() const { return _syntaxNames; }
-    void setSyntaxNames(std::vector<NSString> names) { _syntaxNames = std::move(names); }
+    /// The syntaxes that a package's provider is added to; null where it names none, as those of syntaxes do.
+    const std::optional<std::vector<NSString>> &syntaxNames() const { return _syntaxNames; }
+    void setSyntaxNames(std::optional<std::vector<NSString>> names) { _syntaxNames = std::move(names); }
 
     /// The symbol completions are copied too, all else is shared.
     std::shared_ptr<QVCompletionProvider> copy() const;
@@ -63,10 +64,10 @@ private:
     NSString _name;
     std::shared_ptr<NSRegularExpression> _regularExpression;
     NSUInteger _captureNumber = 0;
-    std::vector<std::shared_ptr<QVSelectorCombinator>> _selectors;
-    std::vector<NSString> _completionSets;
+    std::optional<Selectors> _selectors;
+    std::optional<std::vector<NSString>> _completionSets;
     std::vector<std::shared_ptr<QVSymbolCompletion>> _symbolCompletions;
-    std::vector<NSString> _syntaxNames;
+    std::optional<std::vector<NSString>> _syntaxNames;
 };
 
 } // namespace quorvane

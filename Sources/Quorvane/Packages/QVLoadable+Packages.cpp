@@ -80,7 +80,9 @@ void connectProviders(const std::shared_ptr<QVPackage> &package) {
         if (!provider)
             continue;
         adopt(*provider, package);
-        for (const NSString &name : provider->syntaxNames())
+        if (!provider->syntaxNames())
+            continue;
+        for (const NSString &name : *provider->syntaxNames())
             if (const auto syntax = name ? QVSyntax::syntaxForName(name) : nullptr)
                 syntax->addCompletionProvider(provider);
     }

@@ -190,7 +190,8 @@ TEST(CompletionsFileReference, TheExampleOfArgumentsInsertsWhatItSays) {
 TEST(CompletionsFileReference, TheExampleOfAProviderHasAllThatOneCanHave) {
     const auto provider = exampleProvider(u"tiny.values");
     EXPECT_EQ(provider->captureNumber(), 2u);
-    EXPECT_EQ(provider->selectors().size(), 1u);
+    ASSERT_TRUE(provider->selectors().has_value());
+    EXPECT_EQ(provider->selectors()->size(), 1u);
     EXPECT_EQ(provider->completionSets(), (Texts{u"tiny.values.$(1)", u"tiny.values"}));
     EXPECT_EQ(provider->syntaxNames(), (Texts{u"tiny", u"tinier"}));
     ASSERT_EQ(provider->symbolCompletions().size(), 1u);
@@ -272,12 +273,13 @@ TEST(PackageCompletions, EachProviderAppliesSomewhereAndOffersSetsThatAreThere) 
         for (const auto &provider : providers) {
             SCOPED_TRACE(provider->name().UTF8String());
             EXPECT_NE(provider->regularExpression(), nullptr);
-            EXPECT_FALSE(provider->syntaxNames().empty());
-            EXPECT_FALSE(provider->completionSets().empty());
+            ASSERT_TRUE(provider->syntaxNames() && provider->completionSets());
+            EXPECT_FALSE(provider->syntaxNames()->empty());
+            EXPECT_FALSE(provider->completionSets()->empty());
             if (provider->regularExpression()) {
                 EXPECT_LE(provider->captureNumber(), provider->regularExpression()->numberOfCaptureGroups());
             }
-            for (const NSString &name : provider->completionSets()) {
+            for (const NSString &name : *provider->completionSets()) {
                 // A name with a variable stands for all sets that begin as it does.
                 const NSString start = name.componentsSeparatedByString(u"$")[0];
                 EXPECT_TRUE(std::ranges::any_of(sets, [&](const auto &entry) {

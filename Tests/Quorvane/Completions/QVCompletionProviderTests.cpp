@@ -6,6 +6,7 @@
 #include "Quorvane/QuorvaneErrors.h"
 #include "Quorvane/Selectors/QVSelectorCombinator.h"
 #include "Tests/Support/CodingFixtures.h"
+#include "Tests/Support/Recorders.h"
 #include "Tests/Support/XMLFixtures.h"
 
 using namespace quorvane;
@@ -39,8 +40,9 @@ TEST(QVCompletionProvider, ReadsEachAttributeAndChild) {
     EXPECT_EQ(provider->regularExpression()->pattern(), u"(\\.)(\\w*)$");
     EXPECT_EQ(provider->regularExpression()->options(), NSRegularExpressionAnchorsMatchLines);
     EXPECT_EQ(provider->captureNumber(), 2u);
-    ASSERT_EQ(provider->selectors().size(), 2u);
-    EXPECT_NE(provider->selectors()[0]->next(), nullptr);
+    ASSERT_TRUE(provider->selectors().has_value());
+    ASSERT_EQ(provider->selectors()->size(), 2u);
+    EXPECT_NE(provider->selectors()->at(0)->next(), nullptr);
     EXPECT_EQ(provider->completionSets(), (Texts{u"one", u"two.$(1)"}));
     ASSERT_EQ(provider->symbolCompletions().size(), 2u);
     EXPECT_EQ(provider->symbolCompletions()[1]->syntaxName(), u"x");
@@ -53,10 +55,10 @@ TEST(QVCompletionProvider, AnEmptyElementGivesAProviderThatOffersNothing) {
     EXPECT_TRUE(provider->name().isNull());
     EXPECT_EQ(provider->regularExpression(), nullptr);
     EXPECT_EQ(provider->captureNumber(), 0u);
-    EXPECT_TRUE(provider->selectors().empty());
-    EXPECT_TRUE(provider->completionSets().empty());
+    EXPECT_EQ(provider->selectors(), std::nullopt);
+    EXPECT_EQ(provider->completionSets(), std::nullopt);
     EXPECT_TRUE(provider->symbolCompletions().empty());
-    EXPECT_TRUE(provider->syntaxNames().empty());
+    EXPECT_EQ(provider->syntaxNames(), std::nullopt);
 }
 
 TEST(QVCompletionProvider, EmptyNamesOfSetsAndSyntaxesAreDropped) {
@@ -66,13 +68,24 @@ TEST(QVCompletionProvider, EmptyNamesOfSetsAndSyntaxesAreDropped) {
     EXPECT_EQ(provider->syntaxNames(), (Texts{u"b"}));
 }
 
+TEST(QVCompletionProvider, ListsThatAreGivenButHoldNothingAreNotMissing) {
+    const LogRecorder log;
+    const auto provider = providerOf("<provider><selector>[</selector><set/><syntax/></provider>");
+    // A selector that can't be read must not make the provider apply everywhere.
+    EXPECT_EQ(provider->selectors(), QVCompletionProvider::Selectors());
+    EXPECT_EQ(provider->completionSets(), Texts());
+    EXPECT_EQ(provider->syntaxNames(), Texts());
+    EXPECT_EQ(log.messages(), (Texts{u"Could not compile selector: ["}));
+}
+
 TEST(QVCompletionProvider, OfRepeatedExpressionsAndSelectorsTheLastCounts) {
     const auto provider =
         providerOf("<provider><expression capture='1'>(a)</expression><expression>b</expression>"
                    "<selector>x, y</selector><selector>z</selector></provider>");
     EXPECT_EQ(provider->regularExpression()->pattern(), u"b");
     EXPECT_EQ(provider->captureNumber(), 0u);
-    EXPECT_EQ(provider->selectors().size(), 1u);
+    ASSERT_TRUE(provider->selectors().has_value());
+    EXPECT_EQ(provider->selectors()->size(), 1u);
 }
 
 TEST(QVCompletionProvider, AnUnknownCaptureNumberIsAccepted) {
@@ -121,12 +134,30 @@ TEST(QVCompletionProvider, SurvivesATripThroughAnArchive) {
     ASSERT_NE(copy->regularExpression(), nullptr);
     EXPECT_EQ(copy->regularExpression()->pattern(), u"(\\.)(\\w*)$");
     EXPECT_EQ(copy->captureNumber(), 2u);
-    ASSERT_EQ(copy->selectors().size(), 2u);
-    EXPECT_NE(copy->selectors()[0]->next(), nullptr);
+    ASSERT_TRUE(copy->selectors().has_value());
+    ASSERT_EQ(copy->selectors()->size(), 2u);
+    EXPECT_NE(copy->selectors()->at(0)->next(), nullptr);
     EXPECT_EQ(copy->completionSets(), (Texts{u"one", u"two.$(1)"}));
     ASSERT_EQ(copy->symbolCompletions().size(), 2u);
     EXPECT_EQ(copy->symbolCompletions()[0]->symbolTypes(), std::set<NSUInteger>{2});
     EXPECT_EQ(copy->syntaxNames(), (Texts{u"c", u"d"}));
+}
+
+TEST(QVCompletionProvider, MissingListsComeBackMissingFromAnArchiveAndEmptyOnesEmpty) {
+    const auto missing = providerOf("<provider/>");
+    EXPECT_EQ(archivedKeys(*missing),
+              (std::vector<std::string>{"captureNumber: integer", "symbolCompletions: array"}));
+    EXPECT_EQ(throughArchive(missing)->selectors(), std::nullopt);
+    EXPECT_EQ(throughArchive(missing)->completionSets(), std::nullopt);
+    EXPECT_EQ(throughArchive(missing)->syntaxNames(), std::nullopt);
+
+    const auto empty = std::make_shared<QVCompletionProvider>();
+    empty->setSelectors(QVCompletionProvider::Selectors());
+    empty->setCompletionSets(Texts());
+    empty->setSyntaxNames(Texts());
+    EXPECT_EQ(throughArchive(empty)->selectors(), QVCompletionProvider::Selectors());
+    EXPECT_EQ(throughArchive(empty)->completionSets(), Texts());
+    EXPECT_EQ(throughArchive(empty)->syntaxNames(), Texts());
 }
 
 TEST(QVCompletionProvider, ACopyHasSymbolCompletionsOfItsOwnAndSharesTheRest) {
