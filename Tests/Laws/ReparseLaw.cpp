@@ -2,6 +2,7 @@
 
 #include "Host/QVMatchTreeText.h"
 #include "Platform/Foundation/NSException.h"
+#include "Platform/Foundation/QVLimits.h"
 #include "Quorvane/Categories/NSString+QuorvaneAdditions.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
 #include "Quorvane/RegularExpressions/QVRegularExpression.h"
@@ -171,8 +172,8 @@ NSUInteger firstUncoveredDifference(const std::vector<std::uint64_t> &before,
 
 namespace {
 
-/// The sequence that a region's matches were made of.
-const QVScope::Scopes &sequenceOf(const QVScopeMatch &match) {
+/// The scopes that a region's matches were made of.
+const QVScope::Scopes &scopesIn(const QVScopeMatch &match) {
     const auto syntax = match.subsyntax();
     if (!syntax || !syntax->grammar())
         return match.scope()->subscopes();
@@ -183,13 +184,14 @@ const QVScope::Scopes &sequenceOf(const QVScopeMatch &match) {
     return name ? match.scope()->subscopes() : syntax->grammar()->scopes();
 }
 
-/// Whether a region of the sequence can come to nothing, which takes an empty start.
-bool canLoseRegion(const QVScope::Scopes &sequence, std::unordered_set<const QVScope *> &known) {
-    for (const std::shared_ptr<QVScope> &scope : sequence) {
+/// Whether one of the scopes, or one that they include, is such a one.
+using ScopeTest = bool (*)(const QVScope &);
+bool holdsScope(const QVScope::Scopes &scopes, ScopeTest isMeant,
+                std::unordered_set<const QVScope *> &known) {
+    for (const std::shared_ptr<QVScope> &scope : scopes) {
         if (!known.insert(scope.get()).second)
             continue;
-        if (scope->type() == QVScopeTypeStartEnd && scope->regularExpression() &&
-            scope->regularExpression()->canMatchEmptyText())
+        if (isMeant(*scope))
             return true;
         if (scope->type() != QVScopeTypeInclude)
             continue;
@@ -198,14 +200,35 @@ bool canLoseRegion(const QVScope::Scopes &sequence, std::unordered_set<const QVS
             const std::shared_ptr<QVGrammar> grammar = syntax->grammar();
             if (!grammar)
                 continue;
-            if (canLoseRegion(grammar->scopes(), known))
+            if (holdsScope(grammar->scopes(), isMeant, known))
                 return true;
             const auto collection = grammar->collectionWithName(scope->includeCollectionName());
-            if (collection && canLoseRegion(collection->scopes(), known))
+            if (collection && holdsScope(collection->scopes(), isMeant, known))
                 return true;
         }
     }
     return false;
+}
+
+bool holdsScope(const QVScope::Scopes &scopes, ScopeTest isMeant) {
+    std::unordered_set<const QVScope *> known;
+    return holdsScope(scopes, isMeant, known);
+}
+
+/// A region that can come to nothing, which takes an empty start.
+bool canBeLost(const QVScope &scope) {
+    return scope.type() == QVScopeTypeStartEnd && scope.regularExpression() &&
+           scope.regularExpression()->canMatchEmptyText();
+}
+
+bool canBeLostAndEmbeds(const QVScope &scope) { return canBeLost(scope) && scope.definesSubsyntax(); }
+
+/// As deep as regions nest, one that embeds a language was refused, or can have been without a trace.
+bool refusesEmbeddingRegion(const QVScopeMatch &match, const QVScope::Scopes &templateScopes) {
+    for (const QVScopeMatch *const child : match.submatches())
+        if (child->isStart() && child->scope()->definesSubsyntax())
+            return true;
+    return holdsScope(scopesIn(match), canBeLostAndEmbeds) || holdsScope(templateScopes, canBeLostAndEmbeds);
 }
 
 bool hasSeveralLines(const QVScopeMatch &match) {
@@ -223,15 +246,18 @@ bool hasLineThatWasTooLong(const QVScopeMatch &match) {
     return false;
 }
 
-std::string excuseOfMatch(const QVScopeMatch &match) {
+std::string excuseOfMatch(const QVScopeMatch &match, const QVScope::Scopes &templateScopes,
+                          std::size_t depth) {
     if (match.scope()->usesAnchoredSubscopeMatching() && hasLineThatWasTooLong(match))
         return "the replay of a sequence passes its steps over at a line that is too long";
-    if (std::unordered_set<const QVScope *> known; match.scope()->usesAnchoredSubscopeMatching() &&
-                                                   hasSeveralLines(match) &&
-                                                   canLoseRegion(sequenceOf(match), known))
+    if (match.scope()->usesAnchoredSubscopeMatching() && hasSeveralLines(match) &&
+        holdsScope(scopesIn(match), canBeLost))
         return "a region of a sequence can have come to nothing";
+    if (depth + 1 == limits::parseNestingDepth && hasSeveralLines(match) &&
+        refusesEmbeddingRegion(match, templateScopes))
+        return "cut-offs of a region that was refused hold on";
     for (const QVScopeMatch *const child : match.submatches()) {
-        if (std::string excuse = excuseOfMatch(*child); !excuse.empty())
+        if (std::string excuse = excuseOfMatch(*child, templateScopes, depth + 1); !excuse.empty())
             return excuse;
     }
     return "";
@@ -239,7 +265,10 @@ std::string excuseOfMatch(const QVScopeMatch &match) {
 
 } // namespace
 
-std::string excuseOfTree(const QVParse &fresh) { return excuseOfMatch(*fresh.rootMatch()); }
+std::string excuseOfTree(const QVParse &fresh) {
+    const auto grammar = fresh.syntax()->grammar();
+    return excuseOfMatch(*fresh.rootMatch(), grammar ? grammar->templateScopes() : QVScope::Scopes(), 0);
+}
 
 // Editing
 

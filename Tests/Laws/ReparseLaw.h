@@ -34,7 +34,8 @@ NSUInteger firstUncoveredDifference(const std::vector<std::uint64_t> &before,
 /// Why the rules themselves excuse a difference between an edited tree and this fresh one; empty where
 /// nothing does. Of a region that came to nothing in a sequence nothing is left: its matches don't say any
 /// more how far the sequence is, so that going on in its midst takes another place in it. It takes a sequence
-/// over several lines with a region whose start can be empty.
+/// over several lines with a region whose start can be empty. And a region that was refused because regions
+/// nest no deeper stays an ancestor for the rest of the one around it, which only a parse that came by knows.
 std::string excuseOfTree(const QVParse &fresh);
 
 /// Random edits of a text, the same for a seed on every machine: letters, line ends and halves of them,

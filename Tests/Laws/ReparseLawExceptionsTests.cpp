@@ -2,6 +2,7 @@
 // enough to be followed by hand; what is expected is what the rules say, not what one would wish for.
 
 #include "Host/QVMatchTreeText.h"
+#include "Platform/Foundation/QVLimits.h"
 #include "Tests/Laws/ReparseLaw.h"
 #include "Tests/Quorvane/Parsers/GrammarText.h"
 
@@ -22,6 +23,17 @@ std::string editedTree(const std::shared_ptr<QVSyntax> &syntax, std::u16string_v
     const auto parse = parseOfText(syntax, text, maximumLineLength);
     parse->performWritingBlockAndWait([&] { parse->replaceCharactersInRange(range, replacement, nullptr); });
     return QVMatchTreeText(*parse);
+}
+
+/// So many that with the root around them nothing more can be opened.
+const std::u16string openBrackets(limits::parseNestingDepth - 1, u'(');
+
+/// The region of the last of them.
+const QVScopeMatch *innermostRegion(const QVParse &parse) {
+    const QVScopeMatch *match = parse.rootMatch();
+    for (std::size_t bracket = 0; bracket < openBrackets.size(); ++bracket)
+        match = match->firstChild();
+    return match;
 }
 
 } // namespace
@@ -116,4 +128,43 @@ TEST(ReparseLawExceptions, ALineThatIsTooLongIsTakenForAStepByTheReplayOfItsSequ
                                                                        "  Newline test.newline [9,1]\n"
                                                                        "  Unknown test.unknown [10,1]\n");
     EXPECT_NE(excuseOfTree(*parseOfText(syntax, u"(\nxxxxxx\n\nb", 5)), "");
+}
+
+/// Root and 99 brackets are the 100 regions that can be open, so "s" at 99 is refused: it ends where its
+/// start does. It stays an ancestor until the bracket around it is left, and so its cut-off ends that bracket
+/// two lines further down. Going on from line two, the open regions are root and brackets alone.
+TEST(ReparseLawExceptions, CutoffsOfARefusedRegionAreForgottenByWhoGoesOnInTheRegionAround) {
+    const auto syntax = syntaxWithScopes(
+        region("p", "\\(", "\\)", holding("<include syntax='self'/>")) +
+        region("s", "&lt;", "&gt;", "<subsyntax name='missing'>" + cutoff("c", ";") + "</subsyntax>"));
+    const auto fresh = parseOfText(syntax, openBrackets + u"<\n\n;");
+    EXPECT_EQ(innermostRegion(*fresh)->endRange(), (NSRange{102, 1}));
+    EXPECT_EQ(innermostRegion(*fresh)->firstChild()->scope()->name(), u"s");
+    EXPECT_EQ(innermostRegion(*fresh)->firstChild()->endRange(), (NSRange{100, 0}));
+    EXPECT_NE(excuseOfTree(*fresh), "");
+
+    const auto edited = parseOfText(syntax, openBrackets + u"<\n\nx");
+    edited->performWritingBlockAndWait([&] { edited->replaceCharactersInRange({102, 1}, u";", nullptr); });
+    EXPECT_EQ(edited->string(), fresh->string());
+    EXPECT_EQ(innermostRegion(*edited)->endRange(), (NSRange{103, 0}));
+
+    // One region less around, and nothing is refused.
+    EXPECT_EQ(excuseOfTree(*parseOfText(syntax, openBrackets.substr(1) + u"<\n\n;")), "");
+}
+
+/// The same with a start that is empty: the refused region leaves no node, and counts all the same.
+TEST(ReparseLawExceptions, CutoffsOfARefusedRegionThatCameToNothingAreForgottenToo) {
+    const RegisteredSyntax registered(syntaxWithScopes(
+        region("p", "\\(", "\\)", holding("<include syntax='self'/>")) +
+        region("s", "(?=a)", "&gt;", "<subsyntax name='missing'>" + cutoff("c", ";") + "</subsyntax>")));
+    const auto &syntax = registered.syntax();
+    const auto fresh = parseOfText(syntax, openBrackets + u"a\n\n;");
+    EXPECT_EQ(innermostRegion(*fresh)->endRange(), (NSRange{102, 1}));
+    EXPECT_EQ(innermostRegion(*fresh)->firstChild()->scope()->type(), QVScopeTypeUnknown);
+    EXPECT_NE(excuseOfTree(*fresh), "");
+
+    const auto edited = parseOfText(syntax, openBrackets + u"a\n\nx");
+    edited->performWritingBlockAndWait([&] { edited->replaceCharactersInRange({102, 1}, u";", nullptr); });
+    EXPECT_EQ(edited->string(), fresh->string());
+    EXPECT_EQ(innermostRegion(*edited)->endRange(), (NSRange{103, 0}));
 }

@@ -105,6 +105,7 @@ TEST(ReparseLaw, SymbolsFarFromAnEditKeepIt) {
     // A pattern of the third seed tries all ways to cut a long text.
     const std::uint32_t first = fromEnvironment("QUORVANE_LAW_FIRST_SEED", 4);
     const std::uint32_t last = first + fromEnvironment("QUORVANE_LAW_SEEDS", 120);
+    const std::uint32_t pieceCount = fromEnvironment("QUORVANE_LAW_PIECES", 8);
     int excusedCount = 0;
     int excusedSymbolsCount = 0;
     std::size_t symbolCount = 0;
@@ -112,7 +113,7 @@ TEST(ReparseLaw, SymbolsFarFromAnEditKeepIt) {
         RandomGrammars grammars(seed);
         // So many lines that an edit parses but a part of them again.
         std::u16string text;
-        for (int count = 0; count < 8; ++count)
+        for (std::uint32_t count = 0; count < pieceCount; ++count)
             text += grammars.nextText() + u"\n";
         ReparseLaw law(grammars.syntax(), text);
         RandomEdits edits(seed, {u"b", u"(", u")", u"{", u"}", u";", u"abc", u"!"});
