@@ -8,10 +8,8 @@
 #include "Quorvane/Scopes/QVScope.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 #include "Tests/Quorvane/Parsers/AccessFixtures.h"
-#include "Tests/Quorvane/Parsers/GrammarText.h"
+#include "Tests/Quorvane/Parsers/ReparseFixture.h"
 #include "Tests/Support/Recorders.h"
-
-#include "Host/QVMatchTreeText.h"
 
 #include <gmock/gmock.h>
 
@@ -21,36 +19,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-const std::string words = single("w", "\\w+");
-const std::string comment = region("comment", "/\\*", "\\*/");
-
-/// A parse of a text on the main queue, edited step by step.
-class Reparse : public testing::Test {
-protected:
-    void start(const std::string &scopes, std::u16string_view text) {
-        parse = QVParse::initWithSyntax(syntaxWithScopes(scopes), 0, QVParseMainQueueConcurrencyType);
-        EXPECT_EQ(edit({0, 0}, text), (NSRange{0, text.size()}));
-    }
-    NSRange edit(NSRange range, std::u16string_view text) {
-        NSRange answer{};
-        parse->performWritingBlockAndWait(
-            [&] { answer = parse->replaceCharactersInRange(range, text, nullptr); });
-        return answer;
-    }
-    std::string tree() const { return QVMatchTreeText(*parse); }
-    std::string freshTree() const { return QVMatchTreeText(*parseOfText(parse->syntax(), parse->string())); }
-    QVScopeMatch *child(NSUInteger index) const { return parse->rootMatch()->submatches()[index]; }
-    std::vector<QVScopeMatch *> children() const {
-        const QVSubmatches matches = parse->rootMatch()->submatches();
-        std::vector<QVScopeMatch *> result;
-        for (QVScopeMatch *const match : matches)
-            result.push_back(match);
-        return result;
-    }
-
-    std::shared_ptr<QVParse> parse;
-};
 
 /// Cancels at the so-manieth message of the parse.
 class CancelAt : public QVParseDelegate {
