@@ -1,5 +1,6 @@
 // The end of a reparse: old nodes and their symbols go, the rest of the tree moves to its new places.
 
+#include "Platform/Foundation/NSAssertionHandler.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
 #include "Quorvane/Parsers/QVParseSymbol.h"
 #include "Quorvane/Parsers/QVReparse.h"
@@ -30,14 +31,15 @@ QVScopeMatch *QVReparse::firstOldMatch() {
     return match ? match->deepestFirstChild()->asScopeMatch() : nullptr;
 }
 
-/// Whether an old match stood in the text that was parsed anew.
+/// Whether an old match stood in the text that was parsed anew. It is one behind the first match, so it can't
+/// have stood before that text; and none is empty, a region with an empty start at the old end stood behind.
 bool QVReparse::isReplaced(const QVMatch *match) const {
-    const auto oldEnd = static_cast<NSInteger>(_successEnd) - _delta;
-    const NSRange range = match->range();
-    const auto location = static_cast<NSInteger>(range.location);
-    // A region with an empty start at the old end may well hold something: it stood behind.
-    return range.location >= _firstLocation &&
-           (location < oldEnd || (location == oldEnd && match->fullRange().length == 0));
+    const auto location = static_cast<NSInteger>(match->range().location);
+#ifdef QUORVANE_VERIFY
+    QVAssert(location >= static_cast<NSInteger>(_firstLocation) && match->fullRange().length != 0,
+             u"An old match stands at %ld, where none can be", location);
+#endif
+    return location < static_cast<NSInteger>(_successEnd) - _delta;
 }
 
 NSUInteger QVReparse::indexOfOldMatch(const QVScopeMatch *match) {
@@ -131,18 +133,12 @@ void QVReparse::removeSymbols(const NSIndexSet &indexes) {
     }
 }
 
+/// They were all opened again, those around the parent too.
 void QVReparse::endOpenRegionsAtTextEnd() {
-    bool isAround = false;
     for (QVScopeMatch *match = _lastNewMatch; match != nullptr && match != _parse.rootMatch();
-         match = match->parentMatch()) {
-        if (!match->isStart())
-            continue;
-        isAround = isAround || match->endRange().location == NSNotFound;
-        if (isAround) {
+         match = match->parentMatch())
+        if (match->isStart() && match->endRange().location == NSNotFound)
             match->setEndRange({_string.size(), 0});
-            match->setEndCaptureMatches(nullptr);
-        }
-    }
 }
 
 } // namespace quorvane

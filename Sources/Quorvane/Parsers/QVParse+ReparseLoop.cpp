@@ -18,18 +18,17 @@ QVReparse::Step QVReparse::runPass() {
     takeEndMatch();
     findLastNewMatch();
     _successEnd = endOfStretch();
-    const bool isInside = _successEnd <= _string.size();
+    // No match goes on behind its line, so no tree does behind its stretch.
+    const bool isInside = _successEnd <= std::min(_string.size(), _start + _plannedLength);
     QVAssert(isInside, u"Successful parse range is invalid: %@ for string length %ld",
              NSRange{_start, _successEnd - _start}, _string.size());
     if (!isInside || !measureExtension())
         return Step::Break;
     if (_parse.isCancelled())
         return Step::Cancel;
-    const NSUInteger length = std::max(_plannedLength, _successEnd - _start);
-    const QVScopeMatch *const oldParent = lastOldParent(oldPosition(_start + length) - 1);
+    const QVScopeMatch *const oldParent = lastOldParent(oldPosition(_start + _plannedLength) - 1);
     insertTree();
     const bool restStands = restCanStand();
-    endAnchoredAncestors();
     if (decide(restStands, oldParent))
         return Step::Finish;
     return goOn();
@@ -140,8 +139,7 @@ void QVReparse::insertTree() {
 
 QVScopeMatch *QVReparse::lastNewParent() const {
     const QVMatch *const deepest = _lastNewMatch ? _lastNewMatch->deepestLastChild() : nullptr;
-    QVScopeMatch *const parent = deepest ? deepest->parentMatch() : nullptr;
-    return _endMatch && parent ? parent->parentMatch() : parent;
+    return deepest ? deepest->parentMatch() : nullptr;
 }
 
 /// Whether an end range stands in text that was parsed anew without finding it.
@@ -170,30 +168,30 @@ bool QVReparse::restCanStand() {
     return !isStale(_parent);
 }
 
-void QVReparse::endAnchoredAncestors() {
-    const QVScopeMatch *const root = _parse.rootMatch();
-    for (QVScopeMatch *match = _parent->parentMatch(); match != nullptr && match != root;
-         match = match->parentMatch())
-        if (match->scope()->usesAnchoredSubscopeMatching() && (match->skipForBumping() || isStale(match)))
-            endHere(match);
-}
-
 /// Whether the reparse is at its end.
 bool QVReparse::decide(bool restStands, const QVScopeMatch *lastOldParent) {
     if (_successEnd == _string.size()) {
         reopenAncestors();
         return true;
     }
-    return restStands && lastOldParent == lastNewParent() && _successEnd == _start + _plannedLength &&
-           _extension == 0;
+    const bool stops =
+        restStands && lastOldParent == lastNewParent() && _successEnd == _start + _plannedLength;
+#ifdef QUORVANE_VERIFY
+    // A parent that closed did so before its line ended, and an old match that reaches behind the stretch is
+    // a region, in which the old tree would be there.
+    QVAssert(!stops || (!_endMatch && _extension == 0), u"The rest of the old tree does not fit at %ld",
+             _successEnd);
+#endif
+    return stops;
 }
 
 /// At the text's end, which all regions around it share: where one of them ended before does not count, not
-/// even where the old tree was in the same region there, for that may have been its very end.
+/// even where the old tree was in the same region there, for that may have been its very end. Nor does it
+/// count where a sequence ended because nothing more was known to fit: what it holds went on. Only the end
+/// that was just found stays.
 void QVReparse::reopenAncestors() {
-    for (QVScopeMatch *match = _parent; match != _parse.rootMatch(); match = match->parentMatch()) {
-        if (match->skipForBumping() || match->endRange().location == NSNotFound)
-            continue;
+    for (QVScopeMatch *match = _endMatch ? _parent->parentMatch() : _parent; match != _parse.rootMatch();
+         match = match->parentMatch()) {
         match->setEndRange(NSNotFoundRange);
         match->setEndCaptureMatches(nullptr);
     }
@@ -216,7 +214,7 @@ QVReparse::Step QVReparse::goOn() {
         QVAssert(parent != nullptr, u"Last match's parent match is nil");
         plannedEnd = std::max(plannedEnd, _successEnd + _extension);
     } else {
-        left = _endMatch && _lastNewMatch ? _lastNewMatch->parentMatch() : _lastNewMatch;
+        left = _lastNewMatch;
         parent = left ? left->parentMatch() : nullptr;
         QVAssert(parent != nullptr, u"Last new match's parent match is nil");
         plannedEnd = lineEndAt(_successEnd + _extension);

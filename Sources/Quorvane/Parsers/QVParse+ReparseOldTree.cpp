@@ -228,7 +228,7 @@ bool QVReparse::measureExtension() {
     _extension = 0;
     const NSUInteger plannedEnd = _start + _plannedLength;
     const NSInteger oldStart = oldPosition(_start);
-    const NSInteger oldEnd = oldPosition(std::max(plannedEnd, _successEnd));
+    const NSInteger oldEnd = oldPosition(plannedEnd);
     const NSInteger furthest = furthestOldEnd(matchAtLocation(oldStart), oldEnd);
     if (furthest > oldEnd)
         if (const auto end = static_cast<NSUInteger>(newPosition(furthest)); end >= _successEnd)

@@ -68,7 +68,6 @@ private:
     void markInserted(QVScopeMatch *match);
     QVScopeMatch *lastNewParent() const;
     bool restCanStand();
-    void endAnchoredAncestors();
     void endHere(QVScopeMatch *match);
     bool isStale(const QVScopeMatch *match) const;
     bool decide(bool restStands, const QVScopeMatch *lastOldParent);
