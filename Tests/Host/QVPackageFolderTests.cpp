@@ -13,7 +13,6 @@
 #include <gmock/gmock.h>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace quorvane;
 using namespace quorvane::test;
@@ -247,18 +246,18 @@ TEST(QVPackageFolder, WhatIsNoFileIsToldAndNotWaitedFor) {
                                     "Syntaxes/c.xml: Is no file", "Completions: Not a directory"));
 }
 
-TEST(QVPackageFolder, AFileThatMayNotBeReadIsTold) {
-    if (geteuid() == 0)
-        GTEST_SKIP() << "the administrator may read everything";
+TEST(QVPackageFolder, AFileThatCannotBeOpenedIsToldAndTheOthersAreRead) {
     const TemporaryFolder folder;
     folder.write("package.json", smallManifest);
-    const auto secret = folder.write("Syntaxes/a.xml", syntaxText("a", ""));
+    fs::create_directories(folder.path() / "Syntaxes");
+    // Links that fail for whoever runs this; the administrator may open even what nobody may read.
+    fs::create_symlink(std::string(300, 'x'), folder.path() / "Syntaxes/a.xml");
     folder.write("Syntaxes/b.xml", syntaxText("b", ""));
-    fs::permissions(secret, fs::perms::none);
+    fs::create_symlink("b.xml/within", folder.path() / "Syntaxes/c.xml");
     const auto [package, errors] = read(folder);
     ASSERT_TRUE(package);
     EXPECT_THAT(keysOf(package->syntaxes()), ElementsAre("b"));
-    EXPECT_THAT(errors, ElementsAre("Syntaxes/a.xml: Permission denied"));
+    EXPECT_THAT(errors, ElementsAre("Syntaxes/a.xml: File name too long", "Syntaxes/c.xml: Not a directory"));
 }
 
 TEST(QVPackageFolder, SearchFoldersAreReadInOrderAndTheirPackagesByName) {
