@@ -15,8 +15,9 @@ class QV_EXPORT QVEditorConfig final : public NSObject {
 public:
     /// Reads the `.editorconfig` files in the file's folder and in those above it; the file itself need not
     /// exist. Names and the values of the well-known ones come in lower case. Without settings, with a broken
-    /// `.editorconfig`, and for a URL that is null or no full path, there are no values. It takes
-    /// the time of the disk and of the files' patterns, which whoever wrote the project chose.
+    /// `.editorconfig`, and for a URL that is null or no full path, there are no values. Any thread, but
+    /// hosts ask off the main one: it takes the time of the disk and of the files' patterns, which whoever
+    /// wrote the project chose, and one hostile line can take more than a tenth of a second.
     static std::shared_ptr<QVEditorConfig> configForFileAtURL(const NSURL &url);
     static std::shared_ptr<QVEditorConfig> initWithDictionary(std::map<NSString, NSString> dictionary);
     /// Without values.
