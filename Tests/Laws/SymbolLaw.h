@@ -48,4 +48,10 @@ struct SymbolVerdict {
 SymbolVerdict compareSymbols(const SymbolsBefore &before, const QVParse &edited, const QVParse &fresh,
                              NSRange answer);
 
+/// The same where nobody wrote down what the symbols were before each of several edits: empty where all
+/// fields are those of the fresh parse. Comments, which are looked for when a symbol is made, are passed
+/// over, and name and place of a symbol that renaming leaves alone. For grammars without filters, groups by
+/// name and arguments, which leave the past behind in other fields.
+std::string differenceOfSymbols(const QVParse &edited, const QVParse &fresh);
+
 } // namespace quorvane::test
