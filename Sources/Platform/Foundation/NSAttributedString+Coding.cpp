@@ -65,20 +65,11 @@ public:
     }
     const NSCodingClass &classForCoder() const override { return codingClass(); }
     void encodeWithCoder(NSCoder &coder) const override {
-        std::map<NSString, NSCodingValue> values;
-        for (const NSAttribute &attribute : attributes)
-            if (auto value = codingValue(attribute.value))
-                values.emplace(attribute.key.string(), *std::move(value));
-        coder.encodeValueDictionary(values, u"NSValues");
+        qv_encodeAttributes(coder, attributes, u"NSValues");
     }
     std::shared_ptr<NSSecureCoding> initWithCoder(NSCoder &coder,
                                                   std::shared_ptr<NSSecureCoding> self) override {
-        NSMutableAttributes read;
-        if (const auto values = coder.decodeValueDictionary(u"NSValues", acceptedValues))
-            for (const auto &[key, coded] : *values)
-                if (auto value = attributeValue(coded))
-                    read.set(NSAttributeKey(key), *std::move(value));
-        attributes = read.attributes();
+        attributes = qv_decodeAttributes(coder, u"NSValues", acceptedValues).value_or(NSAttributes());
         return self;
     }
 };
@@ -159,6 +150,26 @@ private:
 };
 
 } // namespace
+
+void qv_encodeAttributes(NSCoder &coder, const NSAttributes &attributes, const NSString &key) {
+    std::map<NSString, NSCodingValue> values;
+    for (const NSAttribute &attribute : attributes)
+        if (auto value = codingValue(attribute.value))
+            values.emplace(attribute.key.string(), *std::move(value));
+    coder.encodeValueDictionary(values, key);
+}
+
+std::optional<NSAttributes> qv_decodeAttributes(NSCoder &coder, const NSString &key,
+                                                std::span<const NSCodingClass *const> accepted) {
+    const auto values = coder.decodeValueDictionary(key, accepted);
+    if (!values)
+        return std::nullopt;
+    NSMutableAttributes attributes;
+    for (const auto &[name, coded] : *values)
+        if (auto value = attributeValue(coded))
+            attributes.set(NSAttributeKey(name), *std::move(value));
+    return attributes.attributes();
+}
 
 void qv_encodeAttributedString(NSCoder &coder, const NSAttributedString &attributedString,
                                const NSString &key) {

@@ -3,13 +3,20 @@
 #include "Platform/Foundation/NSAttributedString.h"
 #include "Platform/Foundation/NSCoder.h"
 
-/// Attributed strings in keyed archives: the text, each attribute dictionary once, and how far each run of
-/// one goes. They are no coded objects of their own, since who reads one says which classes its attributes
-/// may hold.
+/// Attributes and attributed strings in keyed archives. Attributes are a dictionary of values; a string is the
+/// text, each attribute dictionary once, and how far each run of one goes. They are no coded objects of their
+/// own, since who reads one says which classes its attributes may hold.
 namespace quorvane {
 
-/// Writes the text with its attributes under the key. Values that can't be archived, which are objects
-/// without a coder, are left out.
+/// Writes the attributes under the key. Values that can't be archived, which are objects without a coder, are
+/// left out.
+QV_EXPORT void qv_encodeAttributes(NSCoder &coder, const NSAttributes &attributes, const NSString &key);
+
+/// Nothing where there are none under the key, or where one is an object of another class.
+QV_EXPORT std::optional<NSAttributes> qv_decodeAttributes(NSCoder &coder, const NSString &key,
+                                                          std::span<const NSCodingClass *const> accepted);
+
+/// Writes the text with its attributes under the key, as `qv_encodeAttributes` writes them.
 QV_EXPORT void qv_encodeAttributedString(NSCoder &coder, const NSAttributedString &attributedString,
                                          const NSString &key);
 

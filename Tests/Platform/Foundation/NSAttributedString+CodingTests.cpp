@@ -11,10 +11,11 @@ using namespace quorvane;
 
 namespace {
 
-/// Has an attributed string among its fields.
+/// Has an attributed string and attributes among its fields.
 class Holder final : public NSObject, public NSSecureCoding {
 public:
     std::shared_ptr<const NSAttributedString> text;
+    std::optional<NSAttributes> attributes;
     bool acceptsShadows = true;
 
     static const NSCodingClass &codingClass() {
@@ -27,15 +28,17 @@ public:
     void encodeWithCoder(NSCoder &coder) const override {
         if (text)
             qv_encodeAttributedString(coder, *text, u"text");
+        if (attributes)
+            qv_encodeAttributes(coder, *attributes, u"attributes");
         coder.encodeBool(acceptsShadows, u"acceptsShadows");
     }
     std::shared_ptr<NSSecureCoding> initWithCoder(NSCoder &coder,
                                                   std::shared_ptr<NSSecureCoding> self) override {
         acceptsShadows = coder.decodeBool(u"acceptsShadows");
-        const std::array accepted{&NSShadow::codingClass()};
-        text = qv_decodeAttributedString(coder, u"text",
-                                         acceptsShadows ? std::span<const NSCodingClass *const>(accepted)
-                                                        : std::span<const NSCodingClass *const>());
+        const std::array shadows{&NSShadow::codingClass()};
+        const std::span<const NSCodingClass *const> accepted(shadows.data(), acceptsShadows ? 1 : 0);
+        text = qv_decodeAttributedString(coder, u"text", accepted);
+        attributes = qv_decodeAttributes(coder, u"attributes", accepted);
         return self;
     }
 };
@@ -171,4 +174,22 @@ TEST(NSAttributedStringCoding, ManyRunsOfAFewLooksComeBack) {
     const auto read = throughArchive(text);
     ASSERT_TRUE(read);
     EXPECT_TRUE(read->isEqualToAttributedString(*text));
+}
+
+TEST(NSAttributedStringCoding, AttributesComeBackAloneToo) {
+    const auto attributes = [](std::optional<NSAttributes> written, bool acceptsShadows = true) {
+        const auto holder = std::make_shared<Holder>();
+        holder->attributes = std::move(written);
+        holder->acceptsShadows = acceptsShadows;
+        return test::throughArchive(holder)->attributes;
+    };
+    class Plain final : public NSObject {};
+    const NSAttributes values{{keyA, NSNull()}, {NSFontAttributeName, u"Sans"}, {NSKernAttributeName, 0.5}};
+    EXPECT_EQ(attributes(values), values);
+    EXPECT_EQ(attributes(NSAttributes()), NSAttributes());
+    EXPECT_EQ(attributes(std::nullopt), std::nullopt);
+    EXPECT_EQ(attributes(NSAttributes{{keyA, std::make_shared<Plain>()}}), NSAttributes());
+    const NSAttributes shadow{{NSShadowAttributeName, std::make_shared<NSShadow>()}};
+    EXPECT_EQ(attributes(shadow)->count(), 1u);
+    EXPECT_EQ(attributes(shadow, false), std::nullopt);
 }
