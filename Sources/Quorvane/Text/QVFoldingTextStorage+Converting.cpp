@@ -74,23 +74,38 @@ void QVFoldingTextStorage::enumerateDiscreteBackingRangesInRange(NSRange range,
 void QVFoldingTextStorage::enumerateDiscreteBackingRanges(NSRange range, const std::vector<Fold> &folds,
                                                           NSUInteger depth, DiscreteRangeBlock usingBlock,
                                                           bool &stop) {
-    if (range.length == 0) {
-        usingBlock(range, depth, stop);
-        return;
-    }
-    if (folds.empty()) {
-        usingBlock(range, depth, stop);
-        return;
-    }
-    for (std::size_t index = 0; index < folds.size() && !stop; ++index) {
-        const NSRange hidden = folds[index]->range();
+    struct Level {
+        NSRange range;
+        const std::vector<Fold> &folds;
+        /// Of the fold that is told next, and what the one before it hides.
+        std::size_t index = 0;
+        NSRange hidden{};
+    };
+    std::vector<Level> levels;
+    levels.push_back({range, folds});
+    while (!levels.empty() && !stop) {
+        Level &level = levels.back();
+        const NSUInteger levelDepth = depth + levels.size() - 1;
+        if (level.range.length == 0 || level.folds.empty()) {
+            usingBlock(level.range, levelDepth, stop);
+            levels.pop_back();
+            continue;
+        }
+        if (level.index == level.folds.size()) {
+            const NSUInteger end = NSMaxRange(level.hidden);
+            if (end < NSMaxRange(level.range))
+                usingBlock({end, NSMaxRange(level.range) - end}, levelDepth, stop);
+            levels.pop_back();
+            continue;
+        }
+        const Fold &fold = level.folds[level.index++];
+        level.hidden = fold->range();
         // From the start of the whole range each time: users of it rely on that.
-        if (hidden.location > range.location)
-            usingBlock({range.location, hidden.location - range.location}, depth, stop);
+        if (level.hidden.location > level.range.location)
+            usingBlock({level.range.location, level.hidden.location - level.range.location}, levelDepth,
+                       stop);
         if (!stop)
-            enumerateDiscreteBackingRanges(hidden, folds[index]->subfolds(), depth + 1, usingBlock, stop);
-        if (!stop && index + 1 == folds.size() && NSMaxRange(hidden) < NSMaxRange(range))
-            usingBlock({NSMaxRange(hidden), NSMaxRange(range) - NSMaxRange(hidden)}, depth, stop);
+            levels.push_back({level.hidden, fold->subfolds()});
     }
 }
 

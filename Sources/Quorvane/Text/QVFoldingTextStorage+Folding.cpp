@@ -46,12 +46,15 @@ void QVFoldingTextStorage::addSubfoldsForUnfolding(NSUInteger toDepth, NSUIntege
                                                    std::vector<Fold> &toArray) {
     if (currentDepth > toDepth)
         return;
-    if (currentDepth == toDepth) {
-        toArray.insert(toArray.end(), fromArray.begin(), fromArray.end());
-        return;
+    // Level by level, which keeps the order of the text and takes no stack.
+    std::vector<Fold> level = fromArray;
+    for (; currentDepth < toDepth && !level.empty(); ++currentDepth) {
+        std::vector<Fold> next;
+        for (const Fold &fold : level)
+            next.insert(next.end(), fold->subfolds().begin(), fold->subfolds().end());
+        level = std::move(next);
     }
-    for (const Fold &fold : fromArray)
-        addSubfoldsForUnfolding(toDepth, currentDepth + 1, fold->subfolds(), toArray);
+    toArray.insert(toArray.end(), level.begin(), level.end());
 }
 
 void QVFoldingTextStorage::unfoldAtPosition(NSUInteger position, NSUInteger depth) {

@@ -22,7 +22,18 @@ std::shared_ptr<const QVColor> markColor(double alpha) {
 } // namespace
 
 QVTextFoldAttachment::QVTextFoldAttachment() = default;
-QVTextFoldAttachment::~QVTextFoldAttachment() = default;
+
+/// Folds stand in one another as deep as a host folds, so they go one after the other, not from within each
+/// other. The same holds for all that walks them.
+QVTextFoldAttachment::~QVTextFoldAttachment() {
+    Subfolds pending = std::move(_subfolds);
+    while (!pending.empty()) {
+        const std::shared_ptr<QVTextFoldAttachment> fold = std::move(pending.back());
+        pending.pop_back();
+        if (fold.use_count() == 1)
+            std::move(fold->_subfolds.begin(), fold->_subfolds.end(), std::back_inserter(pending));
+    }
+}
 
 std::shared_ptr<QVTextFoldAttachment> QVTextFoldAttachment::initWithRange(NSRange range, Subfolds subfolds) {
     const std::shared_ptr<QVTextFoldAttachment> fold(new QVTextFoldAttachment);
@@ -40,35 +51,61 @@ NSRange QVTextFoldAttachment::range() const {
 }
 
 bool QVTextFoldAttachment::textChangedInRange(NSRange range, NSInteger changeInLength) {
+    const Effect effect = follow(range, changeInLength);
+    if (effect == Effect::Ended)
+        return false;
+    if (effect == Effect::None || _subfolds.empty())
+        return true;
+    // Those whose subfolds have yet to hear of it, held because lists lose folds meanwhile.
+    std::vector<std::pair<std::shared_ptr<QVTextFoldAttachment>, Effect>> pending;
+    const auto tell = [&](const std::shared_ptr<QVTextFoldAttachment> &fold) {
+        const Effect inFold = fold->follow(range, changeInLength);
+        if ((inFold == Effect::Inside || inFold == Effect::Moved) && !fold->_subfolds.empty())
+            pending.emplace_back(fold, inFold);
+        return inFold != Effect::Ended;
+    };
+    const auto tellSubfolds = [&](QVTextFoldAttachment &fold, bool isInside) {
+        if (!isInside) {
+            for (const auto &subfold : fold._subfolds)
+                tell(subfold);
+            return;
+        }
+        // Read from the old list while the new one shrinks: the same fold stands at the index again. Those
+        // who hold folds have opened what an edit takes away before they get here.
+        Subfolds left = fold._subfolds;
+        for (std::size_t index = 0; index < left.size();) {
+            if (tell(fold._subfolds[index]))
+                ++index;
+            else
+                left.erase(left.begin() + static_cast<std::ptrdiff_t>(index));
+        }
+        fold._subfolds = std::move(left);
+    };
+    tellSubfolds(*this, effect == Effect::Inside);
+    while (!pending.empty()) {
+        const auto [fold, inFold] = std::move(pending.back());
+        pending.pop_back();
+        tellSubfolds(*fold, inFold == Effect::Inside);
+    }
+    return true;
+}
+
+QVTextFoldAttachment::Effect QVTextFoldAttachment::follow(NSRange range, NSInteger changeInLength) {
     const bool isInside =
         range.length != 0 ? NSUnionRange(range, _range) == _range
                           : range.location != _range.location && NSLocationInRange(range.location, _range);
     const auto change = static_cast<NSUInteger>(changeInLength);
     if (isInside) {
         _range.length += change;
-        if (_range.length == 0)
-            return false;
-        // Read from the old list while the new one shrinks: the same fold stands at the index again. Those
-        // who hold folds have opened what an edit takes away before they get here.
-        Subfolds left = _subfolds;
-        for (std::size_t index = 0; index < left.size();) {
-            if (_subfolds[index]->textChangedInRange(range, changeInLength))
-                ++index;
-            else
-                left.erase(left.begin() + static_cast<std::ptrdiff_t>(index));
-        }
-        _subfolds = std::move(left);
-        return true;
+        return _range.length == 0 ? Effect::Ended : Effect::Inside;
     }
     if (NSMaxRange(_range) <= range.location)
-        return true;
+        return Effect::None;
     if (NSMaxRange(range) <= _range.location) {
         _range.location += change;
-        for (const auto &subfold : _subfolds)
-            subfold->textChangedInRange(range, changeInLength);
-        return true;
+        return Effect::Moved;
     }
-    return false;
+    return Effect::Ended;
 }
 
 CGRect QVTextFoldAttachment::attachmentBoundsForLayoutManager(QVLayoutManager *layoutManager,

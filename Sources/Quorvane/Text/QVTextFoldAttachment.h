@@ -62,6 +62,11 @@ private:
 
     friend class QVFoldMap;
 
+    /// What an edit is to a fold.
+    enum class Effect : std::uint8_t { None, Moved, Inside, Ended };
+    /// Brings the range up to date, and nothing of the subfolds.
+    Effect follow(NSRange range, NSInteger changeInLength);
+
     NSRange _range;
     Subfolds _subfolds;
     /// Of the view that this one was made in, if any.

@@ -232,6 +232,33 @@ TEST(QVFoldingTextStorage, FoldsNestDeeply) {
     EXPECT_EQ(folded.view->length(), 2004u);
 }
 
+// Each level took a frame of the stack when an edit, an enumeration or the end came to it.
+TEST(QVFoldingTextStorage, FoldsNestAsDeepAsAHostFolds) {
+    constexpr NSUInteger depth = 100'000;
+    FoldedDocument folded(std::u16string(depth + 1, u'a'));
+    auto fold = QVTextFoldAttachment::initWithRange({0, 2}, {});
+    for (NSUInteger level = 1; level < depth; ++level)
+        fold = QVTextFoldAttachment::initWithRange({0, level + 2}, {fold});
+    folded.view->foldRange({0, depth + 1});
+    foldAt(*folded.view, 0)->setSubfolds({fold});
+    fold = nullptr;
+    folded.document->replaceCharactersInRange({1, 0}, u"xyz");
+    NSUInteger count = 0;
+    NSUInteger deepest = 0;
+    folded.view->enumerateDiscreteBackingRangesInRange({0, 1}, [&](NSRange, NSUInteger at, bool &) {
+        ++count;
+        deepest = std::max(deepest, at);
+    });
+    // The innermost one and what is left behind a fold in each one around it; the outermost two are alike.
+    EXPECT_EQ(count, depth);
+    EXPECT_EQ(deepest, depth + 1);
+    EXPECT_TRUE(throughArchive(folded.view));
+    folded.view->unfoldAtPosition(0, depth / 2);
+    EXPECT_EQ(folded.view->length(), depth / 2);
+    folded.view->unfoldAllInRange({0, 1});
+    EXPECT_EQ(folded.view->length(), depth + 4);
+}
+
 // MARK: - Archiving
 
 TEST(QVFoldingTextStorage, ComesBackFromAnArchiveWithItsTextAndWithoutItsFolds) {

@@ -1,6 +1,7 @@
 #include "Quorvane/Text/QVTextFoldAttachment.h"
 
 #include "Platform/AppKit/NSColor.h"
+#include "Platform/Foundation/QVLimits.h"
 #include "Quorvane/Text/QVTextAttachmentCell.h"
 #include "Quorvane/Text/QVTextStorage.h"
 #include "Tests/Support/CodingFixtures.h"
@@ -257,4 +258,25 @@ TEST(QVTextFoldAttachment, AnArchiveOfAFoldInsideItselfIsRefused) {
                   NSKeyedArchiver::archivedDataWithRootObject(circle), &error),
               nullptr);
     EXPECT_TRUE(error);
+}
+
+TEST(QVTextFoldAttachment, AnArchiveNestsFoldsToItsLimitAndNotBeyond) {
+    const auto nested = [](std::size_t levels) {
+        auto fold =
+            std::make_shared<const test::Forged>(QVTextFoldAttachment::codingClass(), [](NSCoder &) {});
+        while (--levels > 0)
+            fold = std::make_shared<const test::Forged>(
+                QVTextFoldAttachment::codingClass(), [fold](NSCoder &coder) {
+                    coder.encodeObjectArray(std::vector<std::shared_ptr<const NSSecureCoding>>{fold},
+                                            u"subfolds");
+                });
+        return NSKeyedUnarchiver::unarchivedObjectOfClass<QVTextFoldAttachment>(
+            NSKeyedArchiver::archivedDataWithRootObject(fold));
+    };
+    std::size_t levels = 0;
+    for (auto fold = nested(limits::archiveNestingDepth); fold;
+         fold = fold->subfolds().empty() ? nullptr : fold->subfolds()[0])
+        ++levels;
+    EXPECT_EQ(levels, limits::archiveNestingDepth);
+    EXPECT_EQ(nested(limits::archiveNestingDepth + 1), nullptr);
 }
