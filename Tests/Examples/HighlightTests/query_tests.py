@@ -55,6 +55,17 @@ class QueryTests(HighlightCase):
     def test_imported_names_of_javascript_are_defined_by_their_import(self):
         self.assert_definition("javascript", "import { a as b } from 'c';\nuse(¦b)\n", "1:15: variable b")
 
+    def test_each_name_of_a_declaration_of_javascript_is_found(self):
+        text = "function f() {\n  let a = 1, { b } = g,\n    c\n  return [%s]\n}\n"
+        self.assert_definition("javascript", text % "¦a", "2:7: variable a in f")
+        self.assert_definition("javascript", text % "¦b", "2:16: variable b in f")
+        self.assert_definition("javascript", text % "¦c", "3:5: variable c in f")
+        self.assert_occurrences("javascript", text % "¦a", "2:7", "4:11")
+
+    def test_what_catch_is_given_is_found(self):
+        self.assert_definition("javascript", "try {} catch (e) { log(¦e) }\n", "1:15: variable e")
+        self.assert_definition("typescript", "try {} catch (e: unknown) { log(¦e) }\n", "1:15: variable e")
+
     # TypeScript
 
     def test_what_the_parameters_of_a_type_are_called_is_seen_nowhere(self):
@@ -78,6 +89,14 @@ class QueryTests(HighlightCase):
     def test_the_first_of_several_assignments_in_a_function_of_python_counts(self):
         self.assert_definition("python", "def f():\n    b = 1\n    b = 2\n    return ¦b\n",
                                "2:5: variable b in f")
+
+    def test_what_python_imports_is_found_with_and_without_another_name(self):
+        text = "import os.path, sys\nfrom a import (b,\n    c as d)\nuse(%s)\n"
+        self.assert_definition("python", text % "¦os", "1:8: variable os")
+        self.assert_definition("python", text % "¦sys", "1:17: variable sys")
+        self.assert_definition("python", text % "¦b", "2:16: variable b")
+        self.assert_definition("python", text % "¦d", "3:10: variable d")
+        self.assert_definition("python", text % "¦c", None)
 
     def test_members_of_python_are_found_behind_a_dot(self):
         self.assert_definition("python", "class A:\n    x = 1\n\n    def m(self):\n        return self.¦x\n",
