@@ -34,14 +34,23 @@ std::size_t QVCandidateTable::TextHash::operator()(std::u16string_view text) con
 }
 
 bool QVCandidateTable::canHold(const QVScope &scope, const QVRegularExpression &expression) {
-    return (scope.type() == QVScopeTypeMatch || scope.type() == QVScopeTypeStartEnd) &&
-           !expression.canMatchEmptyText() && QVCombinedExpression::canCombine(expression);
+    const QVScopeType type = scope.type();
+    if (type != QVScopeTypeMatch && type != QVScopeTypeStartEnd && type != QVScopeTypeCutoff)
+        return false;
+    // What sometimes has a length has a chain of hits that can't be followed from place to place; and a single
+    // match without one is reported wherever it is found.
+    const bool isOnlyLooking = type != QVScopeTypeMatch && expression.matchesEmptyTextAlone();
+    return (isOnlyLooking || !expression.canMatchEmptyText()) && QVCombinedExpression::canCombine(expression);
 }
 
 QVCandidateTable::QVCandidateTable(std::vector<Pattern> patterns) : _patterns(std::move(patterns)) {
-    for (std::uint32_t index = 0; index < _patterns.size(); ++index)
-        if (_patterns[index].search->expression().wordList())
+    for (std::uint32_t index = 0; index < _patterns.size(); ++index) {
+        const QVRegularExpression &expression = _patterns[index].search->expression();
+        if (expression.wordList())
             addWords(index);
+        _looksAtLineEnds |= expression.matchesEmptyTextAlone();
+        _scopes.insert(_patterns[index].scope);
+    }
     makeClasses();
 }
 
@@ -59,12 +68,13 @@ void QVCandidateTable::addWords(std::uint32_t index) {
 void QVCandidateTable::makeClasses() {
     _groups.emplace_back();
     std::map<std::pair<std::vector<std::uint32_t>, bool>, std::uint16_t> known;
-    for (unsigned unit = 0; unit < 256; ++unit) {
+    for (unsigned unit = 0; unit <= _classes.size(); ++unit) {
+        const bool isTextEnd = unit == _classes.size();
         std::vector<std::uint32_t> patterns;
         for (std::uint32_t index = 0; index < _patterns.size(); ++index) {
             const QVRegularExpression &expression = _patterns[index].search->expression();
             const QVUnitMask *const first = expression.firstUnits();
-            if (!expression.wordList() && (first == nullptr || holds(*first, unit)))
+            if (!expression.wordList() && (first == nullptr || (!isTextEnd && holds(*first, unit))))
                 patterns.push_back(index);
         }
         const bool hasWords = unit < 128 && _wordLengths[unit] != 0;
@@ -74,8 +84,13 @@ void QVCandidateTable::makeClasses() {
             known.try_emplace({patterns, hasWords}, static_cast<std::uint16_t>(_groups.size()));
         if (isNew)
             _groups.push_back({std::move(patterns), hasWords, 0, false, nullptr});
-        _classes[unit] = entry->second;
+        (isTextEnd ? _classAtTextEnd : _classes[unit]) = entry->second;
     }
+}
+
+/// Whether a match can have the length: the matcher may see one that a table has no use for.
+bool QVCandidateTable::isOfLength(std::uint32_t index, NSUInteger length) const {
+    return (length == 0) == _patterns[index].search->expression().matchesEmptyTextAlone();
 }
 
 QVCandidateTable::Answer QVCandidateTable::askOne(std::uint32_t index, NSUInteger location,
@@ -87,7 +102,7 @@ QVCandidateTable::Answer QVCandidateTable::askOne(std::uint32_t index, NSUIntege
     // The range that was searched has no length, so that each match of some length leaves it.
     if (outcome.kind == QVMatchingOutcome::Finished)
         return {};
-    if (outcome.range.location != location || outcome.range.length == 0)
+    if (outcome.range.location != location || !isOfLength(index, outcome.range.length))
         return {Answer::Unknown};
     return {Answer::Found, index, NSMaxRange(outcome.range)};
 }
@@ -107,9 +122,10 @@ QVCandidateTable::Answer QVCandidateTable::askPatterns(Class &group, NSUInteger 
         const auto answer = group.combined->matchAtLocation(location, context.text, context.matchContext);
         if (answer.index == QVCombinedExpression::noExpression)
             return {};
-        if (answer.index == QVCombinedExpression::unknownExpression || answer.end == location)
+        if (answer.index == QVCombinedExpression::unknownExpression)
             return {Answer::Unknown};
-        return {Answer::Found, group.patterns[static_cast<std::size_t>(answer.index)], answer.end};
+        const std::uint32_t index = group.patterns[static_cast<std::size_t>(answer.index)];
+        return {isOfLength(index, answer.end - location) ? Answer::Found : Answer::Unknown, index, answer.end};
     }
     for (const std::uint32_t index : group.patterns)
         if (const Answer answer = askOne(index, location, context); answer.kind != Answer::Nothing)
@@ -155,8 +171,9 @@ QVCandidateTable::Answer QVCandidateTable::askWords(NSUInteger location, std::ui
 
 QVCandidateTable::Answer QVCandidateTable::answerAtLocation(NSUInteger location,
                                                             const QVSearchContext &context) {
-    const char16_t unit = context.text[location];
-    Class &group = _groups[_classes[unit < 255 ? unit : 255]];
+    const bool isTextEnd = location == context.text.size();
+    const char16_t unit = isTextEnd ? u'\0' : context.text[location];
+    Class &group = _groups[isTextEnd ? _classAtTextEnd : _classes[unit < 255 ? unit : 255]];
     const Answer answer = askPatterns(group, location, context);
     if (!group.hasWords || answer.kind == Answer::Unknown)
         return answer;
@@ -175,20 +192,32 @@ QVLineWalk::Result QVLineWalk::find(NSUInteger open, NSUInteger last) {
     _hit = NSNotFoundRange;
     _position = std::max(_position, open);
     const char16_t *const characters = _context.text.data();
-    for (; _position < _line.contentsEnd && _position <= last; ++_position) {
-        if (_table.canPass(characters[_position]))
-            continue;
-        const auto answer = _table.answerAtLocation(_position, _context);
-        if (answer.kind == QVCandidateTable::Answer::Nothing)
-            continue;
-        if (answer.kind == QVCandidateTable::Answer::Unknown || answer.end > _line.contentsEnd ||
-            !isChainFree(_table.patternAtIndex(answer.index), _position))
-            return Unknown;
-        _index = answer.index;
-        _hit = {_position, answer.end - _position};
-        return Found;
+    for (; _position < _line.contentsEnd && _position <= last; ++_position)
+        if (!_table.canPass(characters[_position]))
+            if (const Result result = tryPosition(); result != Nothing)
+                return result;
+    if (_position == _line.contentsEnd && _position <= last && _table.looksAtLineEnds()) {
+        const Result result = tryPosition();
+        // The line ending holds its place against everything but the region's end.
+        if (result != Found || !_line.hasNewline() || pattern().isEnd)
+            return result;
+        _hit = NSNotFoundRange;
     }
     return Nothing;
+}
+
+QVLineWalk::Result QVLineWalk::tryPosition() {
+    const auto answer = _table.answerAtLocation(_position, _context);
+    if (answer.kind == QVCandidateTable::Answer::Nothing)
+        return Nothing;
+    if (answer.kind == QVCandidateTable::Answer::Unknown || answer.end > _line.contentsEnd)
+        return Unknown;
+    // What only looks hits wherever it matches.
+    if (answer.end != _position && !isChainFree(_table.patternAtIndex(answer.index), _position))
+        return Unknown;
+    _index = answer.index;
+    _hit = {_position, answer.end - _position};
+    return Found;
 }
 
 bool QVLineWalk::isChainFree(QVCandidateTable::Pattern &pattern, NSUInteger at) {

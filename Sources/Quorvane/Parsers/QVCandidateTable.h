@@ -4,6 +4,7 @@
 #include "Quorvane/RegularExpressions/QVCombinedExpression.h"
 
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <boost/unordered/unordered_flat_set.hpp>
 
 namespace quorvane {
 
@@ -22,6 +23,8 @@ public:
         std::uint32_t order;
         /// Whether a hit becomes one match that holds nothing.
         bool isPlain;
+        /// Whether a hit ends the enclosing region.
+        bool isEnd = false;
         /// Of the walk that last took it up; what follows holds for that walk alone.
         std::uint64_t walk = 0;
         /// Up to where the walk knows the pattern's chain of hits, and how many covered stretches that minds.
@@ -39,16 +42,20 @@ public:
     /// own.
     static bool canHold(const QVScope &scope, const QVRegularExpression &expression);
 
-    /// The patterns in order, each of which passes `canHold`.
+    /// The patterns, each of which passes `canHold`: those that end the region first, then the others, both in
+    /// order.
     explicit QVCandidateTable(std::vector<Pattern> patterns);
 
     /// Whether nothing begins with this unit.
     bool canPass(char16_t unit) const { return _classes[unit < 255 ? unit : 255] == 0; }
-    /// The first pattern in order that matches at the place. Of a run of word units only the start is asked
+    /// The first pattern that matches at the place, which may be the text's end. Of a run of word units only the start is asked
     /// for the words of lists.
     Answer answerAtLocation(NSUInteger location, const QVSearchContext &context);
     Pattern &patternAtIndex(std::uint32_t index) { return _patterns[index]; }
 
+    bool holdsScope(const QVScope &scope) const { return _scopes.contains(&scope); }
+    /// Whether some patterns only look, so that they can match at the very end of a line too.
+    bool looksAtLineEnds() const { return _looksAtLineEnds; }
     /// Whether some list of words knows words in any case, with partners beyond ASCII that no table has.
     bool foldsCase() const { return !_foldedWords.empty(); }
     /// Numbers the walks along lines.
@@ -73,6 +80,7 @@ private:
 
     void addWords(std::uint32_t index);
     void makeClasses();
+    bool isOfLength(std::uint32_t index, NSUInteger length) const;
     Answer askPatterns(Class &group, NSUInteger location, const QVSearchContext &context);
     Answer askOne(std::uint32_t index, NSUInteger location, const QVSearchContext &context);
     /// The first list before `limit` in order that has the run of word units that starts here.
@@ -84,6 +92,10 @@ private:
     /// Class 0 holds nothing.
     std::vector<Class> _groups;
     std::array<std::uint16_t, 256> _classes{};
+    /// Of what needs no unit to begin with.
+    std::uint16_t _classAtTextEnd = 0;
+    bool _looksAtLineEnds = false;
+    boost::unordered_flat_set<const QVScope *> _scopes;
     Words _words;
     /// In lower case.
     Words _foldedWords;
@@ -120,6 +132,7 @@ public:
     void take();
 
 private:
+    Result tryPosition();
     bool isChainFree(QVCandidateTable::Pattern &pattern, NSUInteger at);
     bool isChainOfWordsFree(QVCandidateTable::Pattern &pattern, const QVWordList &words) const;
     /// The first place in covered text at or behind the pattern's chain where it may hit; `NSNotFound` where

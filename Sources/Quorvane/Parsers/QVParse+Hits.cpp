@@ -16,6 +16,16 @@ void QVParse::logEmptyMatch(const QVScope &scope) {
                          5);
 }
 
+bool QVParse::isOpenAtPlace(const QVScope &scope, NSUInteger location) const {
+    // Open regions stand in the order of their places, so only those that begin right here need a look;
+    // mostly none.
+    const auto &open = _pass->parseStackMatches;
+    for (auto match = open.rbegin(); match != open.rend() && (*match)->range().location == location; ++match)
+        if ((*match)->scope() == &scope)
+            return true;
+    return false;
+}
+
 bool QVParse::acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRange hit,
                          NSUInteger rangeStart) {
     if (scope.type() == QVScopeTypeMatch) {
@@ -25,13 +35,7 @@ bool QVParse::acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRan
     }
     if (scope.type() != QVScopeTypeStartEnd)
         return true;
-    // Open regions stand in the order of their places, so only those that begin right here need a look;
-    // mostly none.
-    const auto &open = _pass->parseStackMatches;
-    for (auto match = open.rbegin(); match != open.rend() && (*match)->range().location == hit.location;
-         ++match) {
-        if ((*match)->scope() != &scope)
-            continue;
+    if (isOpenAtPlace(scope, hit.location)) {
         logDiagnosticMessage(
             NSString::stringWithFormat(
                 u"Encountered an infinitely-recursive depth-wise parse for scope: %@; Ignoring subscopes",

@@ -15,6 +15,11 @@ namespace quorvane {
 
 namespace {
 
+/// Whether patterns, which know more line endings than documents do, may see a line's start behind the unit.
+bool isLineBreak(char16_t unit) {
+    return (unit >= u'\n' && unit <= u'\r') || unit == u'\x85' || unit == u'\x2028' || unit == u'\x2029';
+}
+
 /// The smallest range that holds both; a match without a place adds nothing.
 NSRange unionOfPlaces(NSRange a, NSRange b) {
     if (a.location == NSNotFound)
@@ -156,12 +161,14 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     if (_pass->lineGeneration == _pass->generation && _pass->lineRangeEnd == end && location >= known.start &&
         location <= known.contentsEnd && !(location == known.contentsEnd && !known.hasNewline())) {
         QVParseLine line = known;
+        line.startsLine &= location == known.start;
         line.start = location;
         return line;
     }
     QVParseLine line;
     line.start = location;
     const char16_t *const characters = _text->characters();
+    line.startsLine = location == 0 || isLineBreak(characters[location - 1]);
     NSUInteger position = location;
     // Two words of bits for ASCII, in registers: this looks at every unit of the text.
     std::uint64_t low = 0;
@@ -194,6 +201,10 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
         note(characters[line.contentsEnd]);
     line.units[0] |= low;
     line.units[1] |= high;
+    constexpr std::uint64_t verticalTabAndFormFeed = std::uint64_t(3) << u'\v';
+    constexpr std::uint64_t nextLine = std::uint64_t(1) << (u'\x85' & 63);
+    line.holdsLineStarts = (line.units[0] & verticalTabAndFormFeed) != 0 ||
+                           (line.units[2] & nextLine) != 0 || !line.isPlain();
     _pass->lineGeneration = _pass->generation;
     _pass->lineRangeEnd = end;
     known = line;

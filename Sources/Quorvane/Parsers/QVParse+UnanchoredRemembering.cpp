@@ -54,8 +54,11 @@ QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &paren
         if (isTabled)
             patterns.push_back({entry.scope, entry.search.get(), index,
                                 entry.scope->type() == QVScopeTypeMatch && entry.scope->captures().empty() &&
-                                    entry.scope->endCaptures().empty()});
+                                    entry.scope->endCaptures().empty(),
+                                entry.scope->type() == QVScopeTypeCutoff});
     }
+    std::stable_partition(patterns.begin(), patterns.end(),
+                          [](const QVCandidateTable::Pattern &pattern) { return pattern.isEnd; });
     if (!patterns.empty())
         plan.table = std::make_unique<QVCandidateTable>(std::move(patterns));
     return _pass->plans.emplace(key, std::move(plan)).first->second;
@@ -161,7 +164,13 @@ bool QVParse::canWalkAlongLine(const Level &level, const QVParseLine &line) cons
     if (table->foldsCase() && !line.isPlain())
         return false;
     // What a region may not hold where it starts is looked into hit by hit.
-    return level.isRoot || level.match->range().location != line.start;
+    if (table->looksAtLineEnds() && table->holdsScope(*level.match->scope()))
+        return false;
+    const auto &open = _pass->parseStackMatches;
+    return std::none_of(open.rbegin(),
+                        std::find_if(open.rbegin(), open.rend(),
+                                     [&](const QVScopeMatch *match) { return match->range().location != line.start; }),
+                        [&](const QVScopeMatch *match) { return table->holdsScope(*match->scope()); });
 }
 
 void QVParse::startPart(Level &level, bool tabled, const QVParseLine &line, const QVSearchContext &context) {
@@ -262,9 +271,14 @@ QVParse::Step QVParse::matchLineRemembering(Level &level, QVScopeMatchArray &int
             }
             const QVCandidateTable::Pattern *const pattern =
                 result == QVLineWalk::Found ? &walk->pattern() : nullptr;
-            if (pattern && (best == nullptr || walk->hit().location < best->hit.location ||
-                            (!best->isEnd && static_cast<std::int32_t>(pattern->order) < best->order))) {
-                walked = {pattern->scope, pattern->search, false, false,
+            const auto beats = [&](const Stream &other) {
+                if (walk->hit().location != other.hit.location)
+                    return walk->hit().location < other.hit.location;
+                return pattern->isEnd == other.isEnd ? static_cast<std::int32_t>(pattern->order) < other.order
+                                                     : pattern->isEnd;
+            };
+            if (pattern && (best == nullptr || beats(*best))) {
+                walked = {pattern->scope, pattern->search, pattern->isEnd, false,
                           static_cast<std::int32_t>(pattern->order)};
                 walked.hit = walk->hit();
                 walked.searchedFrom = walked.hit.location;

@@ -360,6 +360,8 @@ private:
 
     // Accepting hits
     void logEmptyMatch(const QVScope &scope);
+    /// Whether the scope has an open region that begins right here.
+    bool isOpenAtPlace(const QVScope &scope, NSUInteger location) const;
     bool acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRange hit, NSUInteger rangeStart);
     QVScopeMatchReference matchForHit(const QVScope &scope,
                                       const std::shared_ptr<const QVRegularExpression> &expression,

@@ -34,12 +34,14 @@ const std::vector<NSRange> &QVLineWords::runsOnLine(const QVParseLine &line, std
 
 QVRememberedSearch::QVRememberedSearch(std::shared_ptr<const QVRegularExpression> expression)
     : _expression(std::move(expression)), _firstUnits(_expression->firstUnits()),
-      _minimumLength(_expression->minimumLength()), _canBeRemembered(_expression->canBeRemembered()) {}
+      _minimumLength(_expression->minimumLength()), _canBeRemembered(_expression->canBeRemembered()),
+      _startsAtLineStartsAlone(_expression->startsAtLineStartsAlone()) {}
 
 const QVMatchingOutcome &QVRememberedSearch::search(NSUInteger from, const QVParseLine &line,
                                                     const QVSearchContext &context, bool interpreted) {
     const NSUInteger searchedFrom = from;
-    bool ruledOut = !canStartAtOrBehind(from, line) || !canStartOnLine(line);
+    bool ruledOut = !canStartAtOrBehind(from, line) || !canStartOnLine(line) ||
+                    (_startsAtLineStartsAlone && !line.mayStartLineFrom(from));
     // Beyond plain text, letters have partners in other scripts that a list does not know.
     if (const QVWordList *const words = _expression->wordList();
         !ruledOut && words && _canBeRemembered && line.isPlain()) {

@@ -24,11 +24,19 @@ struct QVParseLine {
     /// Whether there are surrogates among them. Beside half a character, and within a pair, where a search
     /// may begin behind an empty hit, patterns take steps of their own.
     bool hasSurrogates = false;
+    /// Whether patterns see a line's start at `start`; whether they may see more of them behind it, for they know
+    /// other line endings too.
+    bool startsLine = true;
+    bool holdsLineStarts = false;
 
     NSUInteger length() const { return contentsEnd - start; }
     bool hasNewline() const { return newline.location != NSNotFound; }
     /// Whether all units are below 255.
     bool isPlain() const { return (units[3] >> 63) == 0; }
+    /// Whether a pattern that asks for a line's start may match from the location on.
+    bool mayStartLineFrom(NSUInteger location) const {
+        return holdsLineStarts || (startsLine && location == start);
+    }
 };
 
 /// The whole runs of word units on the current line, found once for all word lists.
@@ -81,17 +89,19 @@ public:
 
     /// Whether nothing starts on the line from its start on, as far as is known.
     bool isExhausted(const QVParseLine &line, std::uint64_t generation) const {
-        return _generation == generation && _rangeEnd == line.contentsEnd && _searchedFrom <= line.start &&
-               _outcome.kind == QVMatchingOutcome::Finished;
+        return (_startsAtLineStartsAlone && !line.mayStartLineFrom(line.start)) ||
+               (_generation == generation && _rangeEnd == line.contentsEnd && _searchedFrom <= line.start &&
+                _outcome.kind == QVMatchingOutcome::Finished);
     }
     /// Whether a hit may still start at or behind the position. Going back over half a character the matcher
     /// can take fewer units than the pattern has characters.
     bool canStartAtOrBehind(NSUInteger position, const QVParseLine &line) const {
         return line.hasSurrogates || position + _minimumLength <= line.contentsEnd;
     }
-    /// Whether a hit can start with one of the line's units.
+    /// Whether a hit can start on the line at all.
     bool canStartOnLine(const QVParseLine &line) const {
-        return _firstUnits == nullptr || QVUnitMasksMeet(*_firstUnits, line.units);
+        return (!_startsAtLineStartsAlone || line.mayStartLineFrom(line.start)) &&
+               (_firstUnits == nullptr || QVUnitMasksMeet(*_firstUnits, line.units));
     }
 
 private:
@@ -102,6 +112,7 @@ private:
     const QVUnitMask *_firstUnits;
     NSUInteger _minimumLength;
     bool _canBeRemembered;
+    bool _startsAtLineStartsAlone;
 
     /// 0 where nothing is remembered.
     std::uint64_t _generation = 0;

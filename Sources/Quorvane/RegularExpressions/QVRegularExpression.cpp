@@ -5,6 +5,7 @@
 #include "Platform/Foundation/NSException.h"
 #include "Quorvane/QuorvaneErrors.h"
 #include "Quorvane/RegularExpressions/PCRE2.h"
+#include "Quorvane/RegularExpressions/QVPatternOutline.h"
 #include "Quorvane/RegularExpressions/QVWordList.h"
 
 namespace quorvane {
@@ -84,7 +85,8 @@ QVRegularExpression::~QVRegularExpression() {
     pcre2_code_free_16(_anchoredCode);
 }
 
-pcre2_code_16 *QVRegularExpression::compileCode(std::uint32_t additionalOptions, int &errorCode) const {
+pcre2_code_16 *QVRegularExpression::compileCode(std::u16string_view pattern, std::uint32_t additionalOptions,
+                                                int &errorCode) const {
     pcre2_compile_context_16 *context = pcre2_compile_context_create_16(nullptr);
     if (context == nullptr)
         throw std::bad_alloc();
@@ -92,7 +94,7 @@ pcre2_code_16 *QVRegularExpression::compileCode(std::uint32_t additionalOptions,
                          _options & QVRegularExpressionNewlineLF ? PCRE2_NEWLINE_LF : PCRE2_NEWLINE_ANY);
     PCRE2_SIZE errorOffset = 0;
     pcre2_code_16 *code =
-        pcre2_compile_16(pcre2Characters(_pattern.view().data()), _pattern.length(),
+        pcre2_compile_16(pcre2Characters(pattern.data()), pattern.size(),
                          compileOptions(_options) | additionalOptions, &errorCode, &errorOffset, context);
     pcre2_compile_context_free_16(context);
     return code;
@@ -100,7 +102,7 @@ pcre2_code_16 *QVRegularExpression::compileCode(std::uint32_t additionalOptions,
 
 bool QVRegularExpression::compile(std::shared_ptr<NSError> *error) {
     int errorCode = 0;
-    _code = compileCode(0, errorCode);
+    _code = compileCode(_pattern.view(), 0, errorCode);
     if (_code == nullptr) {
         QVSetError(error, NSError::errorWithDomain(
                               QVQuorvaneErrorDomain, QVQuorvaneErrorInvalidRegularExpression,
@@ -119,14 +121,39 @@ bool QVRegularExpression::compile(std::shared_ptr<NSError> *error) {
     if ((_options & QVRegularExpressionUseJIT) && pcre2JITAvailable())
         _JITEnabled = pcre2_jit_compile_16(_code, PCRE2_JIT_COMPLETE) == 0;
     _canBeRemembered = !dependsOnTheSearchsStart(_pattern.view());
+    readOutline();
     readStartingConditions();
     return true;
+}
+
+void QVRegularExpression::readOutline() {
+    if (_options & QVRegularExpressionLiteral)
+        return;
+    const bool extended = (_options & QVRegularExpressionExtended) != 0;
+    const QVPatternOutline outline = QVPatternOutline::outlineOfPattern(_pattern.view(), extended);
+    _matchesEmptyTextAlone = outline.matchesEmptyTextAlone;
+    _startsAtLineStartsAlone = outline.startsAtLineStartsAlone;
+    // The library does not know where a match starts that a pattern moves, nor what verbs rule out.
+    if (!_canBeRemembered && outline.tails)
+        _canMatchEmptyText = std::any_of(outline.tails->begin(), outline.tails->end(),
+                                         [this](std::u16string_view tail) { return canBeEmpty(tail); });
+}
+
+bool QVRegularExpression::canBeEmpty(std::u16string_view pattern) const {
+    int errorCode = 0;
+    pcre2_code_16 *const code = compileCode(pattern, 0, errorCode);
+    if (code == nullptr)
+        return true;
+    std::uint32_t result = 1;
+    pcre2_pattern_info_16(code, PCRE2_INFO_MATCHEMPTY, &result);
+    pcre2_code_free_16(code);
+    return result != 0;
 }
 
 const pcre2_code_16 *QVRegularExpression::anchoredCode() const {
     std::call_once(_anchoredOnce, [this] {
         int errorCode = 0;
-        _anchoredCode = compileCode(PCRE2_ANCHORED, errorCode);
+        _anchoredCode = compileCode(_pattern.view(), PCRE2_ANCHORED, errorCode);
         if (_anchoredCode != nullptr && pcre2_jit_compile_16(_anchoredCode, PCRE2_JIT_COMPLETE) != 0) {
             pcre2_code_free_16(_anchoredCode);
             _anchoredCode = nullptr;

@@ -148,8 +148,12 @@ public:
     }
     /// No match is shorter than this, in units; 0 where nothing is known.
     NSUInteger minimumLength() const { return _minimumLength; }
-    /// Whether a match may have no length. So may all whose pattern depends on the search.
+    /// Whether a match may have no length, as far as is known.
     bool canMatchEmptyText() const { return _canMatchEmptyText; }
+    /// Whether no match has any length: the pattern only looks.
+    bool matchesEmptyTextAlone() const { return _matchesEmptyTextAlone; }
+    /// Whether a search that begins behind a line's start, as patterns see lines, finds nothing on that line.
+    bool startsAtLineStartsAlone() const { return _startsAtLineStartsAlone; }
     /// The words that matches are, where the pattern was made of a list of them and each match begins with a
     /// whole run of word units that is one of them; null for all other patterns. Whoever makes the pattern
     /// sets it, before others use it.
@@ -206,9 +210,12 @@ private:
     QVMatchingOutcome firstOfEnumeration(const char16_t *characters, NSUInteger length, NSRange range,
                                          QVRegularExpressionMatchContext &context) const;
     bool compile(std::shared_ptr<NSError> *error);
-    ::pcre2_real_code_16 *compileCode(std::uint32_t additionalOptions, int &errorCode) const;
+    ::pcre2_real_code_16 *compileCode(std::u16string_view pattern, std::uint32_t additionalOptions,
+                                      int &errorCode) const;
     /// Null where it can't be compiled to machine code.
     const ::pcre2_real_code_16 *anchoredCode() const;
+    void readOutline();
+    bool canBeEmpty(std::u16string_view pattern) const;
     void readStartingConditions();
 
     NSString _pattern;
@@ -218,6 +225,8 @@ private:
     bool _JITEnabled = false;
     bool _canBeRemembered = false;
     bool _canMatchEmptyText = true;
+    bool _matchesEmptyTextAlone = false;
+    bool _startsAtLineStartsAlone = false;
     bool _hasReferences = false;
     bool _hasFirstUnits = false;
     NSUInteger _minimumLength = 0;
