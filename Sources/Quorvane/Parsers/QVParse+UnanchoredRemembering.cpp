@@ -164,7 +164,8 @@ bool QVParse::canWalkAlongLine(const Level &level, const QVParseLine &line) cons
     if (table->foldsCase() && !line.isPlain())
         return false;
     // What a region may not hold where it starts is looked into hit by hit.
-    if (table->looksAtLineEnds() && table->holdsScope(*level.match->scope()))
+    const QVScope &scope = *level.match->scope();
+    if (!level.isRoot && scope.regularExpression()->matchesEmptyTextAlone() && table->holdsScope(scope))
         return false;
     const auto &open = _pass->parseStackMatches;
     return std::none_of(open.rbegin(),

@@ -120,19 +120,24 @@ bool QVRegularExpression::compile(std::shared_ptr<NSError> *error) {
     _hasReferences = highestReference != 0 || nameCount != 0;
     if ((_options & QVRegularExpressionUseJIT) && pcre2JITAvailable())
         _JITEnabled = pcre2_jit_compile_16(_code, PCRE2_JIT_COMPLETE) == 0;
-    _canBeRemembered = !dependsOnTheSearchsStart(_pattern.view());
     readOutline();
     readStartingConditions();
     return true;
 }
 
 void QVRegularExpression::readOutline() {
-    if (_options & QVRegularExpressionLiteral)
-        return;
-    const bool extended = (_options & QVRegularExpressionExtended) != 0;
-    const QVPatternOutline outline = QVPatternOutline::outlineOfPattern(_pattern.view(), extended);
+    QVPatternOutline outline;
+    if ((_options & QVRegularExpressionLiteral) == 0)
+        outline = QVPatternOutline::outlineOfPattern(_pattern.view(),
+                                                     (_options & QVRegularExpressionExtended) != 0);
     _matchesEmptyTextAlone = outline.matchesEmptyTextAlone;
     _startsAtLineStartsAlone = outline.startsAtLineStartsAlone;
+    // Where a pattern begins with any text, the library looks at the place where the search began, and then at
+    // line starts alone.
+    std::uint32_t type = 0;
+    pcre2_pattern_info_16(_code, PCRE2_INFO_FIRSTCODETYPE, &type);
+    const bool passesPlaces = type == 2 && !_startsAtLineStartsAlone;
+    _canBeRemembered = !passesPlaces && !dependsOnTheSearchsStart(_pattern.view());
     // The library does not know where a match starts that a pattern moves, nor what verbs rule out.
     if (!_canBeRemembered && outline.tails)
         _canMatchEmptyText = std::any_of(outline.tails->begin(), outline.tails->end(),
