@@ -23,8 +23,10 @@ std::unique_ptr<QVCaptureMatchArray> QVCaptureMatch::captureMatchesWithCaptures(
         const NSRange range = QVPCRE2MatchDataRangeAtIndex(matchData, capture->number(), offset);
         if (range.location == NSNotFound)
             continue;
-        if (!matches)
+        if (!matches) {
             matches = std::make_unique<QVCaptureMatchArray>();
+            matches->reserve(captures.size());
+        }
         auto match = initWithCapture(capture.get(), pool);
         match->setRange(range);
         match->setParentMatch(parentMatch);

@@ -1,5 +1,6 @@
 #include "Quorvane/Matches/QVMatchPool.h"
 
+#include "Platform/Foundation/QVLimits.h"
 #include "Quorvane/Matches/QVMatchPositions.h"
 #include "Quorvane/RegularExpressions/QVRegularExpressionResult.h"
 
@@ -29,7 +30,55 @@ namespace quorvane {
 struct QVMatchPool::Slab {
     QVMatchPool *pool;
     Slab *next;
+
+    static void *take();
+    static void give(void *memory);
 };
+
+namespace {
+
+/// Slabs that documents have left, for the next ones: memory that is new costs the system more than the parser
+/// spends on filling it.
+struct SpareSlabs {
+    std::mutex mutex;
+    std::vector<void *> memory;
+
+    static SpareSlabs &shared() {
+        // Never destroyed: pools may outlive every static object.
+        static auto *const instance = new SpareSlabs;
+        return *instance;
+    }
+};
+
+} // namespace
+
+void *QVMatchPool::Slab::take() {
+    SpareSlabs &spare = SpareSlabs::shared();
+    {
+        const std::lock_guard lock(spare.mutex);
+        if (!spare.memory.empty()) {
+            void *const memory = spare.memory.back();
+            spare.memory.pop_back();
+            return memory;
+        }
+    }
+    void *const memory = std::aligned_alloc(slabBytes, slabBytes);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void QVMatchPool::Slab::give(void *memory) {
+    SpareSlabs &spare = SpareSlabs::shared();
+    {
+        const std::lock_guard lock(spare.mutex);
+        if (spare.memory.size() < limits::spareMatchSlabs) {
+            spare.memory.push_back(memory);
+            return;
+        }
+    }
+    std::free(memory);
+}
 
 QVMatchPool::QVMatchPool(bool shared) : _shared(shared) {}
 
@@ -62,7 +111,7 @@ QVMatchPool::~QVMatchPool() {
     while (_slabs != nullptr) {
         Slab *const slab = std::exchange(_slabs, _slabs->next);
         QUORVANE_UNPOISON(slab, slabBytes);
-        std::free(slab);
+        Slab::give(slab);
     }
 }
 
@@ -72,9 +121,7 @@ std::size_t QVMatchPool::reservedBytes() const {
 }
 
 void QVMatchPool::addSlab() {
-    void *const memory = std::aligned_alloc(slabBytes, slabBytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
+    void *const memory = Slab::take();
     _slabs = new (memory) Slab{this, _slabs};
     ++_slabCount;
     _next = static_cast<char *>(memory) + sizeof(Slab);

@@ -20,6 +20,16 @@ bool isLineBreak(char16_t unit) {
     return (unit >= u'\n' && unit <= u'\r') || unit == u'\x85' || unit == u'\x2028' || unit == u'\x2029';
 }
 
+/// What has gathered, in an array of its size; the room stays for the next region, but where it is large.
+std::unique_ptr<QVScopeMatchArray> takeGrownTree(QVScopeMatchArray &tree) {
+    if (tree.size() > QVSubmatchChunks::fewSubmatches)
+        return std::make_unique<QVScopeMatchArray>(std::exchange(tree, {}));
+    auto taken = std::make_unique<QVScopeMatchArray>(std::make_move_iterator(tree.begin()),
+                                                     std::make_move_iterator(tree.end()));
+    tree.clear();
+    return taken;
+}
+
 /// The smallest range that holds both; a match without a place adds nothing.
 NSRange unionOfPlaces(NSRange a, NSRange b) {
     if (a.location == NSNotFound)
@@ -116,17 +126,22 @@ NSRange QVParse::parseRecursivelyIntoStartMatch(QVScopeMatch *startMatch, NSRang
     const bool entersTemplate = !_pass->isInTemplateScope && scope.isTemplateScope();
     if (entersTemplate)
         _pass->isInTemplateScope = true;
-    auto tree = std::make_unique<QVScopeMatchArray>();
-    parseRecursivelyStartingWithinMatch(startMatch, *tree, {contentsStart, end - contentsStart}, 0);
+    // Children gather where there is room from earlier regions, and then get an array of their size.
+    const std::size_t depth = _pass->parseStackMatches.size();
+    while (_pass->growingTrees.size() <= depth)
+        _pass->growingTrees.push_back(std::make_unique<QVScopeMatchArray>());
+    QVScopeMatchArray &tree = *_pass->growingTrees[depth];
+    tree.clear();
+    parseRecursivelyStartingWithinMatch(startMatch, tree, {contentsStart, end - contentsStart}, 0);
     if (entersTemplate)
         _pass->isInTemplateScope = false;
 
     // An end marker never stays in the tree: it gives its place and its captures to the region.
-    const QVScopeMatchReference last = tree->empty() ? nullptr : tree->back();
+    const QVScopeMatchReference last = tree.empty() ? nullptr : tree.back();
     const bool closed = last && last->isEnd();
     if (closed)
-        tree->pop_back();
-    startMatch->setSubmatches(std::move(tree));
+        tree.pop_back();
+    startMatch->setSubmatches(takeGrownTree(tree));
     if (closed) {
         startMatch->setEndRange(last->range());
         std::unique_ptr<QVCaptureMatchArray> captures = last->takeCaptureMatches();

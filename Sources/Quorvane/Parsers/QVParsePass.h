@@ -136,6 +136,7 @@ struct QVParsePass {
     std::uint64_t lineGeneration = 0;
     /// One for each level of nesting, reused.
     std::vector<std::unique_ptr<QVParse::Level>> levels;
+    std::vector<std::unique_ptr<QVScopeMatchArray>> growingTrees;
 
     /// Anchored regions that came to nothing at a place: tried there again, they would come to nothing for
     /// ever. All places count, for a region can run far ahead, over others that come to nothing, before it
