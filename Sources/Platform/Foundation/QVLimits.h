@@ -56,8 +56,8 @@ inline constexpr std::size_t selectorChainLength = 1000;
 /// End patterns, built from a template and the text of a region's start, that one parse keeps compiled.
 inline constexpr std::size_t rememberedEndPatterns = 1024;
 
-/// Slabs of match nodes, 64 KiB each, that are kept for the next document when one goes: so many hold the tree of
-/// a source file of half a megabyte.
+/// Slabs of match nodes, 64 KiB each, that are kept for the next document when one goes: so many hold the
+/// tree of a source file of half a megabyte.
 inline constexpr std::size_t spareMatchSlabs = 256;
 
 /// Names whose grams are remembered, and the longest of them in units: some megabytes for the names of a

@@ -37,8 +37,8 @@ struct QVMatchPool::Slab {
 
 namespace {
 
-/// Slabs that documents have left, for the next ones: memory that is new costs the system more than the parser
-/// spends on filling it.
+/// Slabs that documents have left, for the next ones: memory that is new costs the system more than the
+/// parser spends on filling it.
 struct SpareSlabs {
     std::mutex mutex;
     std::vector<void *> memory;

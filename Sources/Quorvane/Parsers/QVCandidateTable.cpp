@@ -37,8 +37,8 @@ bool QVCandidateTable::canHold(const QVScope &scope, const QVRegularExpression &
     const QVScopeType type = scope.type();
     if (type != QVScopeTypeMatch && type != QVScopeTypeStartEnd && type != QVScopeTypeCutoff)
         return false;
-    // What sometimes has a length has a chain of hits that can't be followed from place to place; and a single
-    // match without one is reported wherever it is found.
+    // What sometimes has a length has a chain of hits that can't be followed from place to place; and a
+    // single match without one is reported wherever it is found.
     const bool isOnlyLooking = type != QVScopeTypeMatch && expression.matchesEmptyTextAlone();
     return (isOnlyLooking || !expression.canMatchEmptyText()) && QVCombinedExpression::canCombine(expression);
 }
@@ -125,7 +125,8 @@ QVCandidateTable::Answer QVCandidateTable::askPatterns(Class &group, NSUInteger 
         if (answer.index == QVCombinedExpression::unknownExpression)
             return {Answer::Unknown};
         const std::uint32_t index = group.patterns[static_cast<std::size_t>(answer.index)];
-        return {isOfLength(index, answer.end - location) ? Answer::Found : Answer::Unknown, index, answer.end};
+        return {isOfLength(index, answer.end - location) ? Answer::Found : Answer::Unknown, index,
+                answer.end};
     }
     for (const std::uint32_t index : group.patterns)
         if (const Answer answer = askOne(index, location, context); answer.kind != Answer::Nothing)

@@ -42,14 +42,14 @@ public:
     /// own.
     static bool canHold(const QVScope &scope, const QVRegularExpression &expression);
 
-    /// The patterns, each of which passes `canHold`: those that end the region first, then the others, both in
-    /// order.
+    /// The patterns, each of which passes `canHold`: those that end the region first, then the others, both
+    /// in order.
     explicit QVCandidateTable(std::vector<Pattern> patterns);
 
     /// Whether nothing begins with this unit.
     bool canPass(char16_t unit) const { return _classes[unit < 255 ? unit : 255] == 0; }
-    /// The first pattern that matches at the place, which may be the text's end. Of a run of word units only the start is asked
-    /// for the words of lists.
+    /// The first pattern that matches at the place, which may be the text's end. Of a run of word units only
+    /// the start is asked for the words of lists.
     Answer answerAtLocation(NSUInteger location, const QVSearchContext &context);
     Pattern &patternAtIndex(std::uint32_t index) { return _patterns[index]; }
 

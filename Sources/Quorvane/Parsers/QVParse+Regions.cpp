@@ -218,8 +218,8 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     line.units[1] |= high;
     constexpr std::uint64_t verticalTabAndFormFeed = std::uint64_t(3) << u'\v';
     constexpr std::uint64_t nextLine = std::uint64_t(1) << (u'\x85' & 63);
-    line.holdsLineStarts = (line.units[0] & verticalTabAndFormFeed) != 0 ||
-                           (line.units[2] & nextLine) != 0 || !line.isPlain();
+    line.holdsLineStarts =
+        (line.units[0] & verticalTabAndFormFeed) != 0 || (line.units[2] & nextLine) != 0 || !line.isPlain();
     _pass->lineGeneration = _pass->generation;
     _pass->lineRangeEnd = end;
     known = line;

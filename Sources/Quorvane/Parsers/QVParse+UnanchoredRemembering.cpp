@@ -168,10 +168,11 @@ bool QVParse::canWalkAlongLine(const Level &level, const QVParseLine &line) cons
     if (!level.isRoot && scope.regularExpression()->matchesEmptyTextAlone() && table->holdsScope(scope))
         return false;
     const auto &open = _pass->parseStackMatches;
-    return std::none_of(open.rbegin(),
-                        std::find_if(open.rbegin(), open.rend(),
-                                     [&](const QVScopeMatch *match) { return match->range().location != line.start; }),
-                        [&](const QVScopeMatch *match) { return table->holdsScope(*match->scope()); });
+    return std::none_of(
+        open.rbegin(),
+        std::find_if(open.rbegin(), open.rend(),
+                     [&](const QVScopeMatch *match) { return match->range().location != line.start; }),
+        [&](const QVScopeMatch *match) { return table->holdsScope(*match->scope()); });
 }
 
 void QVParse::startPart(Level &level, bool tabled, const QVParseLine &line, const QVSearchContext &context) {

@@ -24,8 +24,8 @@ struct QVParseLine {
     /// Whether there are surrogates among them. Beside half a character, and within a pair, where a search
     /// may begin behind an empty hit, patterns take steps of their own.
     bool hasSurrogates = false;
-    /// Whether patterns see a line's start at `start`; whether they may see more of them behind it, for they know
-    /// other line endings too.
+    /// Whether patterns see a line's start at `start`; whether they may see more of them behind it, for they
+    /// know other line endings too.
     bool startsLine = true;
     bool holdsLineStarts = false;
 

@@ -9,7 +9,9 @@ namespace {
 /// One alternative, as far as it was read.
 struct Alternative {
     std::size_t tailStart;
-    bool hasElements = false;
+    /// Those read so far, and those behind the start of its tail.
+    std::size_t elements = 0;
+    std::size_t tailElements = 0;
     bool beginsAtLineStart = false;
     bool isEmpty = true;
     bool fails = false;
@@ -23,7 +25,9 @@ public:
     QVPatternOutline read();
 
 private:
-    bool at(std::u16string_view spelling) const { return _pattern.substr(_index, spelling.size()) == spelling; }
+    bool at(std::u16string_view spelling) const {
+        return _pattern.substr(_index, spelling.size()) == spelling;
+    }
     bool isAssertion() const;
     void noteKindOfGroup();
     void readElement();
@@ -34,11 +38,15 @@ private:
     bool skipClass();
     bool skipComment();
     void noteReference();
-    void addAssertion() { alternative().hasElements = true; }
+    void addAssertion() {
+        ++alternative().elements;
+        ++alternative().tailElements;
+    }
     void addText() {
-        alternative().hasElements = true;
+        addAssertion();
         alternative().isEmpty = false;
     }
+    void readCount();
     Alternative &alternative() { return _alternatives.back(); }
 
     const std::u16string_view _pattern;
@@ -60,7 +68,8 @@ bool OutlineReader::skipClass() {
     for (bool isFirst = true; _index < _pattern.size(); isFirst = false) {
         const char16_t unit = _pattern[_index];
         if (unit == u'\\') {
-            if (_index + 1 < _pattern.size() && (_pattern[_index + 1] == u'Q' || _pattern[_index + 1] == u'E'))
+            if (_index + 1 < _pattern.size() &&
+                (_pattern[_index + 1] == u'Q' || _pattern[_index + 1] == u'E'))
                 return false;
             _index += 2;
         } else if (unit == u'[' && _index + 1 < _pattern.size() &&
@@ -87,11 +96,12 @@ bool OutlineReader::skipClass() {
     return false;
 }
 
-/// Behind the comment that an extended pattern has here, or false where another line ending than "\n" might end
-/// it.
+/// Behind the comment that an extended pattern has here, or false where another line ending than "\n" might
+/// end it.
 bool OutlineReader::skipComment() {
     while (++_index < _pattern.size() && _pattern[_index] != u'\n')
-        if (std::u16string_view(u"\r\v\f\x85\x2028\x2029").find(_pattern[_index]) != std::u16string_view::npos)
+        if (std::u16string_view(u"\r\v\f\x85\x2028\x2029").find(_pattern[_index]) !=
+            std::u16string_view::npos)
             return false;
     return true;
 }
@@ -144,9 +154,7 @@ bool OutlineReader::skipGroup() {
 bool OutlineReader::isAssertion() const { return at(u"(?=") || at(u"(?!") || at(u"(?<=") || at(u"(?<!"); }
 
 /// Groups that set options, have names, or stand for others, can't be cut off from the rest.
-void OutlineReader::noteKindOfGroup() {
-    _canCut &= isAssertion() || at(u"(?:") || at(u"(?>") || !at(u"(?");
-}
+void OutlineReader::noteKindOfGroup() { _canCut &= isAssertion() || at(u"(?:") || at(u"(?>") || !at(u"(?"); }
 
 void OutlineReader::readVerb() {
     const std::size_t end = _pattern.find(u')', _index);
@@ -179,6 +187,7 @@ void OutlineReader::readEscape() {
     case u'K':
         addAssertion();
         alternative().tailStart = _index;
+        alternative().tailElements = 0;
         break;
     case u'b':
     case u'B':
@@ -198,6 +207,13 @@ void OutlineReader::readEscape() {
     }
 }
 
+/// How often what came before may come, which may be not at all.
+void OutlineReader::readCount() {
+    _isKnown &= alternative().tailElements != 0;
+    if (alternative().elements == 1)
+        alternative().beginsAtLineStart = false;
+}
+
 void OutlineReader::readElement() {
     switch (_pattern[_index]) {
     case u'\\':
@@ -210,15 +226,10 @@ void OutlineReader::readElement() {
         addText();
         _isKnown &= skipClass();
         return;
-    case u'^': {
-        const bool isFirst = !alternative().hasElements;
+    case u'^':
+        alternative().beginsAtLineStart |= alternative().elements == 0;
         addAssertion();
-        ++_index;
-        const bool isCounted = _index < _pattern.size() &&
-                               std::u16string_view(u"?*+{").find(_pattern[_index]) != std::u16string_view::npos;
-        alternative().beginsAtLineStart |= isFirst && !isCounted;
-        return;
-    }
+        break;
     case u'$':
         addAssertion();
         break;
@@ -227,11 +238,14 @@ void OutlineReader::readElement() {
             _tails.push_back(_pattern.substr(alternative().tailStart, _index - alternative().tailStart));
         _alternatives.push_back({_index + 1});
         break;
-    // How often what came before may come; so the text behind "\K" has to begin anew behind it.
     case u'?':
     case u'*':
     case u'+':
-        _isKnown &= alternative().hasElements && _index != alternative().tailStart;
+        readCount();
+        break;
+    case u'{':
+        readCount();
+        addText();
         break;
     case u'#':
     case u' ':

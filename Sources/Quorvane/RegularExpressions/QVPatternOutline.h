@@ -6,10 +6,10 @@
 
 namespace quorvane {
 
-/// What can be seen of a pattern's matches from its outermost elements alone, where the matcher itself does not
-/// tell: grammars are full of patterns that only look at a place, or that belong at the start of a line, and
-/// the parser asks those less often than others. A spelling that the reader does not know leaves a property
-/// unclaimed, which is always true enough.
+/// What can be seen of a pattern's matches from its outermost elements alone, where the matcher itself does
+/// not tell: grammars are full of patterns that only look at a place, or that belong at the start of a line,
+/// and the parser asks those less often than others. A spelling that the reader does not know leaves a
+/// property unclaimed, which is always true enough.
 struct QVPatternOutline {
     /// No match has any length: there is nothing but assertions.
     bool matchesEmptyTextAlone = false;
@@ -20,7 +20,8 @@ struct QVPatternOutline {
     /// Nothing where that can't be told.
     std::optional<std::vector<std::u16string_view>> tails;
 
-    /// `extended` patterns have blanks and comments that mean nothing. The result refers to the pattern's text.
+    /// `extended` patterns have blanks and comments that mean nothing. The result refers to the pattern's
+    /// text.
     static QVPatternOutline outlineOfPattern(std::u16string_view pattern, bool extended);
 };
 

@@ -132,8 +132,8 @@ void QVRegularExpression::readOutline() {
                                                      (_options & QVRegularExpressionExtended) != 0);
     _matchesEmptyTextAlone = outline.matchesEmptyTextAlone;
     _startsAtLineStartsAlone = outline.startsAtLineStartsAlone;
-    // Where a pattern begins with any text, the library looks at the place where the search began, and then at
-    // line starts alone.
+    // Where a pattern begins with any text, the library looks at the place where the search began, and then
+    // at line starts alone.
     std::uint32_t type = 0;
     pcre2_pattern_info_16(_code, PCRE2_INFO_FIRSTCODETYPE, &type);
     const bool passesPlaces = type == 2 && !_startsAtLineStartsAlone;

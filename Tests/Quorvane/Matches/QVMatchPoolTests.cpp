@@ -174,3 +174,17 @@ TEST(QVMatchPool, RecordsBesideMatchesGoWithTheirMatches) {
     EXPECT_EQ(match->textCheckingResult(), nullptr);
     EXPECT_EQ(pool->existingAssociationForMatch(match.get()), nullptr);
 }
+
+TEST(QVMatchPool, ThatGoesLeavesItsMemoryToTheNext) {
+    const auto slabOf = [](const void *piece) { return reinterpret_cast<std::uintptr_t>(piece) >> 16; };
+    auto pool = QVMatchPool::create();
+    void *const piece = pool->allocate(80);
+    const std::uintptr_t slab = slabOf(piece);
+    pool->deallocate(piece, 80);
+    pool.reset();
+    const auto next = QVMatchPool::create();
+    void *const other = next->allocate(80);
+    EXPECT_EQ(slabOf(other), slab);
+    EXPECT_EQ(&QVMatchPool::poolOf(other), next.get());
+    next->deallocate(other, 80);
+}

@@ -23,6 +23,12 @@ struct Fixture {
             QVRegularExpression::regularExpressionWithPattern(NSString(pattern), options)));
         return *this;
     }
+    /// One that ends the region around it.
+    Fixture &end(std::u16string_view endPattern) {
+        pattern(endPattern);
+        ends = searches.size();
+        return *this;
+    }
     /// A list of words as syntax files make one.
     Fixture &words(std::vector<NSString> list, std::u16string_view suffix = u"",
                    bool caseInsensitive = false) {
@@ -40,7 +46,7 @@ struct Fixture {
         if (!made) {
             std::vector<QVCandidateTable::Pattern> patterns;
             for (std::uint32_t index = 0; index < searches.size(); ++index)
-                patterns.push_back({nullptr, searches[index].get(), index, true});
+                patterns.push_back({nullptr, searches[index].get(), index, true, index < ends});
             made = std::make_unique<QVCandidateTable>(std::move(patterns));
         }
         return *made;
@@ -60,9 +66,10 @@ struct Fixture {
             result += result.empty() ? "" : " ";
             if (found == QVLineWalk::Unknown)
                 return result + "?";
-            open = NSMaxRange(walk.hit());
+            const NSUInteger end = NSMaxRange(walk.hit());
             result += std::to_string(walk.pattern().order) + ":" + std::to_string(walk.hit().location) + "-" +
-                      std::to_string(open);
+                      std::to_string(end);
+            open = std::max(walk.hit().location + 1, end);
             walk.take();
         }
     }
@@ -73,6 +80,8 @@ struct Fixture {
     QVLineWords lineWords;
     std::vector<std::unique_ptr<QVRememberedSearch>> searches;
     std::unique_ptr<QVCandidateTable> made;
+    /// How many of the first patterns end the region.
+    std::size_t ends = 0;
 };
 
 } // namespace
@@ -159,4 +168,30 @@ TEST(QVLineWalk, EndsWhenAnotherWalkBeginsOnItsTable) {
     QVLineWalk walk(fixture.table(), fixture.line, context, covered);
     const QVLineWalk other(fixture.table(), fixture.line, context, others);
     EXPECT_EQ(walk.find(0, NSNotFound), QVLineWalk::Unknown);
+}
+
+TEST(QVLineWalk, APatternThatOnlyLooksHitsWhereverItMatches) {
+    EXPECT_EQ(Fixture(u"ab aab").pattern(u"(?=ab)").walk(), "0:0-0 0:4-4");
+    // Also in what others took before, and behind it.
+    EXPECT_EQ(Fixture(u"xaya").pattern(u"xa").pattern(u"(?=a)").walk(), "0:0-2 1:3-3");
+    EXPECT_EQ(Fixture(u"aab").pattern(u"(?=a)").pattern(u"ab").walk(), "0:0-0 0:1-1");
+    EXPECT_EQ(Fixture(u"aab").pattern(u"ab").pattern(u"(?=a)").walk(), "1:0-0 0:1-3");
+}
+
+TEST(QVLineWalk, APatternThatOnlyLooksMayHitAtTheTextsEnd) {
+    EXPECT_EQ(Fixture(u"a").pattern(u"$").walk(), "0:1-1");
+    EXPECT_EQ(Fixture(u"a").pattern(u"(?!\\w)").walk(), "0:1-1");
+    EXPECT_EQ(Fixture(u"").pattern(u"(?=a)|$").walk(), "0:0-0");
+    EXPECT_EQ(Fixture(u"a").pattern(u"(?=b)").walk(), "");
+}
+
+TEST(QVLineWalk, AtALineEndingOnlyTheRegionsEndHits) {
+    Fixture fixture(u"a\nb");
+    fixture.line.contentsEnd = 1;
+    fixture.line.newline = {1, 1};
+    EXPECT_EQ(fixture.pattern(u"(?=\\s)").walk(), "");
+    Fixture closing(u"a\nb");
+    closing.line.contentsEnd = 1;
+    closing.line.newline = {1, 1};
+    EXPECT_EQ(closing.end(u"(?=\\s)").pattern(u"a").walk(), "1:0-1 0:1-1");
 }

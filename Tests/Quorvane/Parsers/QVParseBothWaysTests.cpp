@@ -55,3 +55,79 @@ TEST(QVParseBothWays, AVerbThatSkipsAheadDoesNotLeaveItsPlaceInAnAnchoredRegion)
               "  Match letter [1,1]\n"
               "  Match letter [2,1]\n");
 }
+
+TEST(QVParseBothWays, OfTwoCutOffsAtOnePlaceTheFirstEndsTheRegion) {
+    const auto grammar = [](const char *first, const char *second) {
+        return std::string("<scope name=\"it\"><starts-with><expression>&lt;</expression></starts-with>"
+                           "<ends-with><expression>></expression></ends-with><subscopes>"
+                           "<cut-off name=\"one\"><expression>") +
+               first + "</expression></cut-off><cut-off name=\"two\"><expression>" + second +
+               "</expression></cut-off></subscopes></scope>";
+    };
+    EXPECT_EQ(treeOfText(grammar("ab", "a*").c_str(), u"<ab"), "StartEnd it [0,1] end[1,2]\n");
+    EXPECT_EQ(treeOfText(grammar("a*", "ab").c_str(), u"<ab"), "StartEnd it [0,1] end[1,1]\n"
+                                                               "Unknown unknown [2,1]\n");
+    EXPECT_EQ(treeOfText(grammar("(?=b)", "ab").c_str(), u"<ab"), "StartEnd it [0,1] end[1,2]\n");
+}
+
+TEST(QVParseBothWays, ACutOffThatOnlyLooksEndsTheRegionAtTheLineEnding) {
+    EXPECT_EQ(treeOfText("<scope name=\"it\"><starts-with><expression>&lt;</expression></starts-with>"
+                         "<ends-with><expression>></expression></ends-with><subscopes>"
+                         "<scope name=\"letter\"><expression>\\w</expression></scope>"
+                         "<cut-off name=\"line\"><expression>$</expression></cut-off></subscopes></scope>",
+                         u"<a\n>"),
+              "StartEnd it [0,1] end[2,0]\n"
+              "  Match letter [1,1]\n"
+              "Newline newline [2,1]\n"
+              "Unknown unknown [3,1]\n");
+}
+
+TEST(QVParseBothWays, RegionsThatBeginByLookingHoldEachOtherOnceAtAPlace) {
+    // Inside of itself, where it begins, the region is refused, so the letter is matched.
+    EXPECT_EQ(treeOfText("<scope name=\"it\"><starts-with><expression>(?=\\w)</expression></starts-with>"
+                         "<ends-with><expression>;</expression></ends-with><subscopes>"
+                         "<include syntax=\"self\"/>"
+                         "<scope name=\"letter\"><expression>\\w</expression></scope></subscopes></scope>",
+                         u"a;b"),
+              "StartEnd it [0,0] end[1,1]\n"
+              "  Match letter [0,1]\n"
+              "StartEnd it [2,0] end[3,0]\n"
+              "  Match letter [2,1]\n");
+}
+
+TEST(QVParseBothWays, APatternThatBeginsWithAnyTextIsSearchedForFromEachPlace) {
+    // From the line's start it runs to no digit, and no other place is tried; from behind the region one is.
+    EXPECT_EQ(treeOfText("<scope name=\"digit\"><expression>(?:.*?)++\\d</expression></scope>"
+                         "<scope name=\"it\"><starts-with><expression>&lt;</expression></starts-with>"
+                         "<ends-with><expression>></expression></ends-with></scope>",
+                         u"<>1"),
+              "StartEnd it [0,1] end[1,1]\n"
+              "Match digit [2,1]\n");
+}
+
+TEST(QVParseBothWays, PatternsForALinesStartKnowMoreLineEndingsThanDocumentsDo) {
+    EXPECT_EQ(treeOfText("<scope name=\"first\"><expression>^\\w</expression></scope>", u"aa\va\x2028"
+                                                                                        u"a\na"),
+              "Match first [0,1]\n"
+              "Unknown unknown [1,2]\n"
+              "Match first [3,1]\n"
+              "Unknown unknown [4,1]\n"
+              "Match first [5,1]\n"
+              "Newline newline [6,1]\n"
+              "Match first [7,1]\n");
+}
+
+TEST(QVParseBothWays, BehindARegionALineHasNoStart) {
+    EXPECT_EQ(treeOfText("<scope name=\"first\"><expression>^\\w</expression></scope>"
+                         "<scope name=\"moved\"><expression>^\\x20*\\K:</expression></scope>"
+                         "<scope name=\"it\"><starts-with><expression>&lt;</expression></starts-with>"
+                         "<ends-with><expression>></expression></ends-with></scope>",
+                         u"<>a:\na\n  :"),
+              "StartEnd it [0,1] end[1,1]\n"
+              "Unknown unknown [2,2]\n"
+              "Newline newline [4,1]\n"
+              "Match first [5,1]\n"
+              "Newline newline [6,1]\n"
+              "Whitespace whitespace [7,2]\n"
+              "Match moved [9,1]\n");
+}

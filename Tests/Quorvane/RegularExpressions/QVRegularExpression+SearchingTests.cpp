@@ -365,6 +365,32 @@ TEST(QVRegularExpression, PatternsThatLookAtTheSearchItselfAreNotRemembered) {
         EXPECT_FALSE(expressionFor(pattern)->canBeRemembered()) << NSString(pattern).UTF8String();
 }
 
+TEST(QVRegularExpression, PatternsThatBeginWithAnyTextAreNotRemembered) {
+    // They are tried where the search begins and at line starts, and nowhere between.
+    for (const char16_t *pattern : {u".*a", u"(?:.*?)++\\d", u"^a|.*b"})
+        EXPECT_FALSE(expressionFor(pattern)->canBeRemembered()) << NSString(pattern).UTF8String();
+    for (const char16_t *pattern : {u"a.*", u"[^\\n]*a", u"^.*a"})
+        EXPECT_TRUE(expressionFor(pattern)->canBeRemembered()) << NSString(pattern).UTF8String();
+}
+
+TEST(QVRegularExpression, WhetherAMatchMayBeEmptyIsKnownBehindAMovedStartAndOfVerbsThatFail) {
+    for (const char16_t *pattern : {u"a", u"^ *\\Ka", u"a\\Kb|c", u"a?(*SKIP)(*FAIL)|b+"})
+        EXPECT_FALSE(expressionFor(pattern)->canMatchEmptyText()) << NSString(pattern).UTF8String();
+    for (const char16_t *pattern :
+         {u"a?", u"a\\K", u"a\\Kb|c\\K", u"a\\Kb*", u"(?=a)", u"(*COMMIT)a", u"(a)\\K\\1"})
+        EXPECT_TRUE(expressionFor(pattern)->canMatchEmptyText()) << NSString(pattern).UTF8String();
+}
+
+TEST(QVRegularExpression, KnowsPatternsThatOnlyLookAndThoseForLineStarts) {
+    EXPECT_TRUE(expressionFor(u"(?=a)")->matchesEmptyTextAlone());
+    EXPECT_FALSE(expressionFor(u"(?=a)b")->matchesEmptyTextAlone());
+    EXPECT_TRUE(expressionFor(u"^a")->startsAtLineStartsAlone());
+    EXPECT_FALSE(expressionFor(u"a")->startsAtLineStartsAlone());
+    const auto literal = QVRegularExpression::regularExpressionWithPattern(u"^", QVRegularExpressionLiteral);
+    EXPECT_FALSE(literal->matchesEmptyTextAlone());
+    EXPECT_FALSE(literal->startsAtLineStartsAlone());
+}
+
 TEST(QVRegularExpression, SearchBoundariesSplitNothingThatASearchFromBeforeTakesAsOne) {
     const auto boundaries = [](std::u16string_view units) {
         const GuardedText text(units);
