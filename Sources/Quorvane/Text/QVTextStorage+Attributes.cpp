@@ -35,15 +35,20 @@ auto readLongest(NSUInteger length, NSUInteger index, NSRange *longestEffectiveR
     return value;
 }
 
-/// Walks a range stretch by stretch. `read` answers the value at a place and its stretch, `tell` gets both.
+/// Walks a range stretch by stretch and tells each value with its stretch. `read` answers the value at a
+/// place and its stretch, and, given a limit too, the longest stretch of equal ones in there.
 template <typename Read, typename Tell>
-void walk(const NSAttributedString &storage, NSRange range, Read read, Tell tell) {
+void walk(const NSAttributedString &storage, NSRange range, NSAttributedStringEnumerationOptions options,
+          Read read, Tell tell) {
+    const bool longest = (options & NSAttributedStringEnumerationLongestEffectiveRangeNotRequired) == 0;
     const NSUInteger end = NSMaxRange(range);
     NSUInteger location = range.location;
     // The block may have shortened the text.
     while (location < end && location < storage.length()) {
         NSRange effectiveRange;
-        const auto value = read(location, &effectiveRange);
+        const auto value =
+            longest ? read(location, &effectiveRange, NSIntersectionRange(range, {0, storage.length()}))
+                    : read(location, &effectiveRange);
         effectiveRange = NSIntersectionRange(effectiveRange, range);
         bool stop = false;
         tell(value, effectiveRange, stop);
@@ -53,12 +58,11 @@ void walk(const NSAttributedString &storage, NSRange range, Read read, Tell tell
     }
 }
 
-constexpr bool wantsLongest(NSAttributedStringEnumerationOptions options) {
-    return (options & NSAttributedStringEnumerationLongestEffectiveRangeNotRequired) == 0;
-}
-
-const NSAttributeValue *pointer(const std::optional<NSAttributeValue> &value) {
-    return value ? &*value : nullptr;
+/// Tells a value that may be missing as a pointer.
+auto tellingPointers(QVTextStorage::AttributeBlock block) {
+    return [block](const std::optional<NSAttributeValue> &value, NSRange run, bool &stop) {
+        block(value ? &*value : nullptr, run, stop);
+    };
 }
 
 std::optional<NSAttributeValue> valueOf(const NSAttributes &attributes, NSAttributeKey key) {
@@ -75,9 +79,7 @@ NSAttributes QVTextStorage::syntaxHighlightingAttributesAtIndex(NSUInteger index
                                                                 NSRange inRange) const {
     checkRange(inRange);
     return readLongest(length(), index, longestEffectiveRange, inRange,
-                       [this](NSUInteger at, NSRange *effectiveRange) {
-                           return syntaxHighlightingAttributesAtIndex(at, effectiveRange);
-                       });
+                       [this](auto... place) { return syntaxHighlightingAttributesAtIndex(place...); });
 }
 
 std::optional<NSAttributeValue> QVTextStorage::syntaxHighlightingAttribute(NSAttributeKey key,
@@ -92,9 +94,7 @@ std::optional<NSAttributeValue> QVTextStorage::syntaxHighlightingAttribute(NSAtt
                                                                            NSRange inRange) const {
     checkRange(inRange);
     return readLongest(length(), atIndex, longestEffectiveRange, inRange,
-                       [this, key](NSUInteger at, NSRange *effectiveRange) {
-                           return syntaxHighlightingAttribute(key, at, effectiveRange);
-                       });
+                       [this, key](auto... place) { return syntaxHighlightingAttribute(key, place...); });
 }
 
 void QVTextStorage::enumerateSyntaxHighlightingAttributesInRange(NSRange range,
@@ -102,16 +102,10 @@ void QVTextStorage::enumerateSyntaxHighlightingAttributesInRange(NSRange range,
                                                                  AttributesBlock usingBlock) const {
     checkRange(range);
     QVParameterAssert(static_cast<bool>(usingBlock), "block != nil");
-    if (!usingBlock)
-        return;
-    walk(
-        *this, range,
-        [&](NSUInteger at, NSRange *effectiveRange) {
-            return wantsLongest(options) ? syntaxHighlightingAttributesAtIndex(
-                                               at, effectiveRange, NSIntersectionRange(range, {0, length()}))
-                                         : syntaxHighlightingAttributesAtIndex(at, effectiveRange);
-        },
-        usingBlock);
+    if (usingBlock)
+        walk(
+            *this, range, options,
+            [this](auto... place) { return syntaxHighlightingAttributesAtIndex(place...); }, usingBlock);
 }
 
 void QVTextStorage::enumerateSyntaxHighlightingAttribute(NSAttributeKey key, NSRange inRange,
@@ -119,19 +113,11 @@ void QVTextStorage::enumerateSyntaxHighlightingAttribute(NSAttributeKey key, NSR
                                                          AttributeBlock usingBlock) const {
     checkRange(inRange);
     QVParameterAssert(static_cast<bool>(usingBlock), "block != nil");
-    if (!usingBlock)
-        return;
-    walk(
-        *this, inRange,
-        [&](NSUInteger at, NSRange *effectiveRange) {
-            return wantsLongest(options)
-                       ? syntaxHighlightingAttribute(key, at, effectiveRange,
-                                                     NSIntersectionRange(inRange, {0, length()}))
-                       : syntaxHighlightingAttribute(key, at, effectiveRange);
-        },
-        [&](const std::optional<NSAttributeValue> &value, NSRange run, bool &stop) {
-            usingBlock(pointer(value), run, stop);
-        });
+    if (usingBlock)
+        walk(
+            *this, inRange, options,
+            [this, key](auto... place) { return syntaxHighlightingAttribute(key, place...); },
+            tellingPointers(usingBlock));
 }
 
 // MARK: - Extended attributes
@@ -140,9 +126,7 @@ NSAttributes QVTextStorage::extendedAttributesAtIndex(NSUInteger index, NSRange 
                                                       NSRange inRange) const {
     checkRange(inRange);
     return readLongest(length(), index, longestEffectiveRange, inRange,
-                       [this](NSUInteger at, NSRange *effectiveRange) {
-                           return extendedAttributesAtIndex(at, effectiveRange);
-                       });
+                       [this](auto... place) { return extendedAttributesAtIndex(place...); });
 }
 
 std::optional<NSAttributeValue> QVTextStorage::extendedAttribute(NSAttributeKey key, NSUInteger atIndex,
@@ -155,9 +139,7 @@ std::optional<NSAttributeValue> QVTextStorage::extendedAttribute(NSAttributeKey 
                                                                  NSRange inRange) const {
     checkRange(inRange);
     return readLongest(length(), atIndex, longestEffectiveRange, inRange,
-                       [this, key](NSUInteger at, NSRange *effectiveRange) {
-                           return extendedAttribute(key, at, effectiveRange);
-                       });
+                       [this, key](auto... place) { return extendedAttribute(key, place...); });
 }
 
 void QVTextStorage::enumerateExtendedAttributesInRange(NSRange range,
@@ -165,16 +147,10 @@ void QVTextStorage::enumerateExtendedAttributesInRange(NSRange range,
                                                        AttributesBlock usingBlock) const {
     checkRange(range);
     QVParameterAssert(static_cast<bool>(usingBlock), "block != nil");
-    if (!usingBlock)
-        return;
-    walk(
-        *this, range,
-        [&](NSUInteger at, NSRange *effectiveRange) {
-            return wantsLongest(options) ? extendedAttributesAtIndex(
-                                               at, effectiveRange, NSIntersectionRange(range, {0, length()}))
-                                         : extendedAttributesAtIndex(at, effectiveRange);
-        },
-        usingBlock);
+    if (usingBlock)
+        walk(
+            *this, range, options, [this](auto... place) { return extendedAttributesAtIndex(place...); },
+            usingBlock);
 }
 
 void QVTextStorage::enumerateExtendedAttribute(NSAttributeKey key, NSRange inRange,
@@ -182,18 +158,10 @@ void QVTextStorage::enumerateExtendedAttribute(NSAttributeKey key, NSRange inRan
                                                AttributeBlock usingBlock) const {
     checkRange(inRange);
     QVParameterAssert(static_cast<bool>(usingBlock), "block != nil");
-    if (!usingBlock)
-        return;
-    walk(
-        *this, inRange,
-        [&](NSUInteger at, NSRange *effectiveRange) {
-            return wantsLongest(options) ? extendedAttribute(key, at, effectiveRange,
-                                                             NSIntersectionRange(inRange, {0, length()}))
-                                         : extendedAttribute(key, at, effectiveRange);
-        },
-        [&](const std::optional<NSAttributeValue> &value, NSRange run, bool &stop) {
-            usingBlock(pointer(value), run, stop);
-        });
+    if (usingBlock)
+        walk(
+            *this, inRange, options, [this, key](auto... place) { return extendedAttribute(key, place...); },
+            tellingPointers(usingBlock));
 }
 
 void QVTextStorage::addExtendedAttribute(NSAttributeKey key, NSAttributeValue value, NSRange range) {
