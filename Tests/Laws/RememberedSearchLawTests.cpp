@@ -3,6 +3,7 @@
 
 #include "Host/QVMatchTreeText.h"
 #include "Tests/Laws/RandomGrammars.h"
+#include "Tests/Laws/ReparseLaw.h"
 #include "Tests/Support/MatchTreeChecks.h"
 #include "Tests/Support/Recorders.h"
 
@@ -52,16 +53,6 @@ Result resultOfText(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view
 
 bool hasSurrogates(std::u16string_view text) {
     return std::any_of(text.begin(), text.end(), [](char16_t unit) { return (unit & 0xF800) == 0xD800; });
-}
-
-std::string unitsOfText(std::u16string_view text) {
-    std::string result;
-    for (const char16_t unit : text) {
-        char digits[8];
-        std::snprintf(digits, sizeof digits, unit >= 0x20 && unit < 0x7F ? "%c" : "\\x%04X", unit);
-        result += digits;
-    }
-    return result;
 }
 
 } // namespace

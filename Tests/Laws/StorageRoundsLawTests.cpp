@@ -41,16 +41,7 @@ std::shared_ptr<QVSyntax> languageAround(const std::shared_ptr<QVSyntax> &inner)
                    "<subsyntax name='" + inner->name().UTF8String() + "'/>" +
                        symbolText("method", "name-selector='word'", contextText("behavior='subtree'"))));
     setStyles(syntax, {{u"comment", 3}, {u"note", 4}, {u"keyword", 1}, {u"number", 2}, {u"embedded", 5}});
-    forEachNode(
-        syntax->grammar()->scopes(),
-        [](QVScope &scope) {
-            if (scope.name() == u"bold") {
-                auto style = std::make_shared<QVStyle>();
-                style->setFontWeight(700);
-                scope.addStyle(style);
-            }
-        },
-        [](QVCapture &) {});
+    setBold(syntax, u"bold");
     return syntax;
 }
 

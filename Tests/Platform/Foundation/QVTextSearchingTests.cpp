@@ -3,31 +3,20 @@
 #include "Platform/Foundation/NSCharacterSet.h"
 #include "Platform/Foundation/NSException.h"
 #include "Tests/Support/TextGaps.h"
+#include "Tests/Support/TextLines.h"
 
 #include <gtest/gtest.h>
 #include <random>
 #include <unicode/ubrk.h>
 
 using namespace quorvane;
+using test::Line;
+using test::lineBy;
 using test::withEveryGap;
 
 namespace {
 
-struct Line {
-    NSUInteger start;
-    NSUInteger contentsEnd;
-    NSUInteger end;
-    friend bool operator==(const Line &, const Line &) = default;
-    friend void PrintTo(const Line &line, std::ostream *stream) {
-        *stream << line.start << ".." << line.contentsEnd << ".." << line.end;
-    }
-};
-
-Line lineOf(QVTextReader text, NSRange range) {
-    Line line{};
-    QVPlatformGetLineStart(text, &line.start, &line.end, &line.contentsEnd, range);
-    return line;
-}
+Line lineOf(QVTextReader text, NSRange range) { return lineBy(QVPlatformGetLineStart, text, range); }
 
 } // namespace
 

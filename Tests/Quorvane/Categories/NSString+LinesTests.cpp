@@ -1,41 +1,21 @@
 #include "Quorvane/Categories/NSCharacterSet+QuorvaneAdditions.h"
 #include "Quorvane/Categories/NSString+QuorvaneAdditions.h"
 
-#include "Platform/Foundation/NSException.h"
+#include "Tests/Support/Exceptions.h"
 #include "Tests/Support/TextGaps.h"
+#include "Tests/Support/TextLines.h"
 
 #include <gtest/gtest.h>
 
 using namespace quorvane;
+using test::Line;
+using test::lineBy;
+using test::reasonOf;
 using test::withEveryGap;
 
 namespace {
 
-struct Line {
-    NSUInteger start;
-    NSUInteger contentsEnd;
-    NSUInteger end;
-    friend bool operator==(const Line &, const Line &) = default;
-    friend void PrintTo(const Line &line, std::ostream *stream) {
-        *stream << line.start << ".." << line.contentsEnd << ".." << line.end;
-    }
-};
-
-Line lineOf(QVTextReader text, NSRange range) {
-    Line line{};
-    qv_getLineStart(text, &line.start, &line.end, &line.contentsEnd, range);
-    return line;
-}
-
-template <typename Call> NSString reasonOf(Call call) {
-    try {
-        call();
-    } catch (const NSException &exception) {
-        EXPECT_EQ(exception.name(), u"NSRangeException");
-        return exception.reason();
-    }
-    return {};
-}
+Line lineOf(QVTextReader text, NSRange range) { return lineBy(qv_getLineStart, text, range); }
 
 } // namespace
 
@@ -80,7 +60,7 @@ TEST(QVRangeOfCharacters, AnEmptyRangeFindsNothingAndAnOutsideRangeThrows) {
     EXPECT_EQ(qv_rangeOfCharactersFromSet(u"\n\n", *set, 0, {2, 0}), NSNotFoundRange);
     for (const NSRange range :
          {NSRange{3, 0}, NSRange{1, 2}, NSRange{1, ~NSUInteger(0)}, NSRange{NSNotFound, 0}})
-        EXPECT_EQ(reasonOf([&] { qv_rangeOfCharactersFromSet(u"\n\n", *set, 0, range); }),
+        EXPECT_EQ(reasonOf(NSRangeException, [&] { qv_rangeOfCharactersFromSet(u"\n\n", *set, 0, range); }),
                   u"Search range is out of bounds");
 }
 
@@ -157,10 +137,8 @@ TEST(QVLines, OnlyWhatIsAskedForIsAnswered) {
 }
 
 TEST(QVLines, ARangeOutsideOfTheTextThrows) {
-    EXPECT_EQ(reasonOf([] { qv_lineRangeForRange(u"ab", {3, 0}); }), u"Search range is out of bounds");
-    EXPECT_EQ(reasonOf([] { qv_lineRangeForRange(u"ab", {1, 2}); }), u"Search range is out of bounds");
-    EXPECT_EQ(reasonOf([] {
-                  qv_lineRangeForRange(u"ab", {1, ~NSUInteger(0)});
-              }),
-              u"Search range is out of bounds");
+    const NSString outside = u"Search range is out of bounds";
+    EXPECT_EQ(reasonOf(NSRangeException, [] { qv_lineRangeForRange(u"ab", {3, 0}); }), outside);
+    EXPECT_EQ(reasonOf(NSRangeException, [] { qv_lineRangeForRange(u"ab", {1, 2}); }), outside);
+    EXPECT_EQ(reasonOf(NSRangeException, [] { qv_lineRangeForRange(u"ab", {1, ~NSUInteger(0)}); }), outside);
 }

@@ -1,27 +1,17 @@
 #include "Quorvane/Categories/QVGramsFromDataTransformer.h"
 
-#include "Platform/Foundation/NSException.h"
+#include "Tests/Support/Exceptions.h"
 #include "Tests/Support/Printing.h"
 
 #include <gtest/gtest.h>
 
 using namespace quorvane;
+using test::reasonOf;
 
 namespace {
 
 using Texts = std::vector<NSString>;
 using Value = NSValueTransformer::Value;
-
-/// The reason of what is thrown.
-template <typename Call> NSString reasonOf(Call call) {
-    try {
-        call();
-    } catch (const NSException &exception) {
-        EXPECT_EQ(exception.name(), NSInvalidArgumentException);
-        return exception.reason();
-    }
-    return nullptr;
-}
 
 const QVGramsFromDataTransformer transformer;
 

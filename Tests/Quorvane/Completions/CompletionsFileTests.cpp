@@ -9,8 +9,8 @@
 #include "Quorvane/Completions/QVCompletionSet.h"
 #include "Quorvane/Completions/QVSymbolCompletion.h"
 #include "Quorvane/Selectors/QVSelectorCombinator.h"
-#include "Quorvane/Symbols/QVSymbol.h"
 #include "Quorvane/Symbols/QVSymbolTypes.h"
+#include "Tests/Quorvane/Completions/SymbolFixture.h"
 #include "Tests/Support/Corpus.h"
 #include "Tests/Support/Printing.h"
 #include "Tests/Support/XMLFixtures.h"
@@ -73,22 +73,6 @@ std::shared_ptr<QVCompletionProvider> exampleProvider(const NSString &name) {
     ADD_FAILURE() << "no example has the provider " << name.UTF8String();
     return std::make_shared<QVCompletionProvider>();
 }
-
-class Function final : public QVSymbol {
-public:
-    explicit Function(NSString name, std::vector<NSString> arguments = {}) : _name(std::move(name)) {
-        for (NSString &argument : arguments)
-            _arguments.push_back(std::make_shared<Function>(std::move(argument)));
-    }
-    NSUInteger symbolType() const override { return QVSymbolTypeFunction; }
-    NSRange range() const override { return {0, 0}; }
-    NSString name() const override { return _name; }
-    std::optional<std::vector<std::shared_ptr<QVSymbol>>> arguments() const override { return _arguments; }
-
-private:
-    NSString _name;
-    std::vector<std::shared_ptr<QVSymbol>> _arguments;
-};
 
 using Texts = std::vector<NSString>;
 
@@ -178,7 +162,7 @@ TEST(CompletionsFileReference, TheExamplesOfBehavioursHaveTheirConditions) {
 TEST(CompletionsFileReference, TheExampleOfArgumentsInsertsWhatItSays) {
     const auto provider = exampleProvider(u"tiny.symbols");
     ASSERT_EQ(provider->symbolCompletions().size(), 2u);
-    const Function symbol(u"name", {u"a", u"b"});
+    const FunctionSymbol symbol(u"name", {u"a", u"b"});
     const auto inserted = [&](std::size_t index) {
         return provider->symbolCompletions()[index]->behaviors().at(0)->completionStringWithText(u"name",
                                                                                                  &symbol);

@@ -1,8 +1,8 @@
 #include "Quorvane/Completions/QVCompletionBehavior.h"
 
 #include "Platform/Foundation/NSRegularExpression.h"
-#include "Quorvane/Symbols/QVSymbol.h"
 #include "Quorvane/Symbols/QVSymbolTypes.h"
+#include "Tests/Quorvane/Completions/SymbolFixture.h"
 #include "Tests/Support/CodingFixtures.h"
 #include "Tests/Support/XMLFixtures.h"
 
@@ -187,25 +187,6 @@ TEST(QVCompletionBehavior, TheTrueDefaultsAreArchivedToo) {
 
 namespace {
 
-/// A symbol as an index may bring it: with arguments, an empty list of them, or without any idea of them.
-class NamedSymbol final : public QVSymbol {
-public:
-    explicit NamedSymbol(NSString name) : _name(std::move(name)) {}
-    NamedSymbol(NSString name, const std::vector<NSString> &arguments) : _name(std::move(name)) {
-        _arguments.emplace();
-        for (const NSString &argument : arguments)
-            _arguments->push_back(std::make_shared<NamedSymbol>(argument));
-    }
-    NSUInteger symbolType() const override { return QVSymbolTypeFunction; }
-    NSRange range() const override { return {0, 0}; }
-    NSString name() const override { return _name; }
-    std::optional<std::vector<std::shared_ptr<QVSymbol>>> arguments() const override { return _arguments; }
-
-private:
-    NSString _name;
-    std::optional<std::vector<std::shared_ptr<QVSymbol>>> _arguments;
-};
-
 NSString insertedText(std::string_view behavior, const QVSymbol *symbol) {
     return QVCompletionBehavior::behaviorWithXMLElement(*elementOf(behavior))
         ->completionStringWithText(u"call", symbol);
@@ -224,21 +205,21 @@ TEST(QVCompletionBehavior, TheTextStandsBetweenPrependAndAppend) {
 }
 
 TEST(QVCompletionBehavior, ASymbolsArgumentsBecomeTokens) {
-    const NamedSymbol symbol(u"call", {u"a", u"b"});
+    const FunctionSymbol symbol(u"call", {u"a", u"b"});
     EXPECT_EQ(insertedText(callBehavior, &symbol), u"call($[a], $[b])");
-    const NamedSymbol one(u"call", {u"a"});
+    const FunctionSymbol one(u"call", {u"a"});
     EXPECT_EQ(insertedText(callBehavior, &one), u"call($[a])");
 }
 
 TEST(QVCompletionBehavior, TheArgumentListComesBehindTheAppendedText) {
-    const NamedSymbol symbol(u"call", {u"a"});
+    const FunctionSymbol symbol(u"call", {u"a"});
     EXPECT_EQ(
         insertedText("<behavior><append>!</append><arguments prefix='(' suffix=')'/></behavior>", &symbol),
         u"call!($[a])");
 }
 
 TEST(QVCompletionBehavior, ArgumentsCanBePlainText) {
-    const NamedSymbol symbol(u"call", {u"a", u"b"});
+    const FunctionSymbol symbol(u"call", {u"a", u"b"});
     EXPECT_EQ(
         insertedText("<behavior><arguments prefix='(' suffix=')' separator=',' tokenize='no'/></behavior>",
                      &symbol),
@@ -246,7 +227,7 @@ TEST(QVCompletionBehavior, ArgumentsCanBePlainText) {
 }
 
 TEST(QVCompletionBehavior, EachArgumentHasItsPrefixAndSuffix) {
-    const NamedSymbol symbol(u"call", {u"a", u"b"});
+    const FunctionSymbol symbol(u"call", {u"a", u"b"});
     EXPECT_EQ(insertedText("<behavior><arguments prefix='[' suffix=']' separator=' ' prefix-each='&lt;' "
                            "suffix-each='&gt;' prepend-separator='TRUE'/></behavior>",
                            &symbol),
@@ -254,12 +235,12 @@ TEST(QVCompletionBehavior, EachArgumentHasItsPrefixAndSuffix) {
 }
 
 TEST(QVCompletionBehavior, AnArgumentWithoutANameIsAnEmptyToken) {
-    const NamedSymbol symbol(u"call", {NSString(), u"b"});
+    const FunctionSymbol symbol(u"call", {NSString(), u"b"});
     EXPECT_EQ(insertedText(callBehavior, &symbol), u"call($[], $[b])");
 }
 
 TEST(QVCompletionBehavior, AnEmptyListGetsPrefixAndSuffixUnlessItIsToBeLeftOut) {
-    const NamedSymbol symbol(u"call", std::vector<NSString>());
+    const FunctionSymbol symbol(u"call", std::vector<NSString>());
     EXPECT_EQ(insertedText(callBehavior, &symbol), u"call()");
     EXPECT_EQ(
         insertedText("<behavior><arguments prefix='(' suffix=')' append-empty='false'/></behavior>", &symbol),
@@ -275,12 +256,12 @@ TEST(QVCompletionBehavior, AnEmptyListGetsPrefixAndSuffixUnlessItIsToBeLeftOut) 
 }
 
 TEST(QVCompletionBehavior, ASymbolThatKnowsNoArgumentsGetsNoListAtAll) {
-    const NamedSymbol symbol(u"call");
+    const FunctionSymbol symbol(u"call");
     EXPECT_EQ(insertedText(callBehavior, &symbol), u"call");
     EXPECT_EQ(insertedText(callBehavior, nullptr), u"call");
 }
 
 TEST(QVCompletionBehavior, WithoutAnArgumentsElementNothingStandsBetweenTheTokens) {
-    const NamedSymbol symbol(u"call", {u"a", u"b"});
+    const FunctionSymbol symbol(u"call", {u"a", u"b"});
     EXPECT_EQ(insertedText("<behavior/>", &symbol), u"call$[a]$[b]");
 }

@@ -4,11 +4,14 @@
 #include "Quorvane/Completions/QVCompletionProvider.h"
 #include "Quorvane/Packages/QVLoadable.h"
 #include "Quorvane/Packages/QVPackage.h"
+#include "Quorvane/Packages/QVPackageLock.h"
 #include "Quorvane/Styles/QVStyle.h"
 #include "Quorvane/Syntaxes/QVGrammar.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 #include "Tests/Support/ParseFixture.h"
 #include "Tests/Support/SyntaxText.h"
+
+#include <future>
 
 namespace quorvane::test {
 
@@ -88,5 +91,15 @@ private:
     NSNotificationToken _loads = observe(QVLoadableDidLoadPackagesNotification);
     NSNotificationToken _unloads = observe(QVLoadableWillUnloadPackagesNotification);
 };
+
+/// Whether another thread could read under the package lock at this moment.
+inline bool anotherThreadMayRead() {
+    return std::async(std::launch::async,
+                      [] {
+                          const ReadGuard guard(QVPackageLock(), std::try_to_lock);
+                          return guard.owns_lock();
+                      })
+        .get();
+}
 
 } // namespace quorvane::test

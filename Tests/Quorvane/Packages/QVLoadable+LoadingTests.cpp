@@ -23,15 +23,6 @@ PackageSet packagesOfLoad(const NSNotification &notification) {
     return std::any_cast<PackageSet>(notification.userInfo.at(QVLoadablePackagesUserInfoKey));
 }
 
-bool anotherThreadMayRead() {
-    return std::async(std::launch::async,
-                      [] {
-                          const ReadGuard guard(QVPackageLock(), std::try_to_lock);
-                          return guard.owns_lock();
-                      })
-        .get();
-}
-
 } // namespace
 
 TEST(QVLoadableLoading, APackageAndItsSyntaxesAreRegistered) {

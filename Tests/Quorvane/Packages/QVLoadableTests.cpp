@@ -1,26 +1,12 @@
 #include "Quorvane/Packages/QVLoadable.h"
-#include "Quorvane/Packages/QVPackageLock.h"
+#include "Tests/Quorvane/Packages/PackageFixture.h"
 
 #include <gtest/gtest.h>
 
-#include <future>
 #include <stdexcept>
 
 using namespace quorvane;
-
-namespace {
-
-/// Whether another thread could read under the package lock at this moment.
-bool anotherThreadMayRead() {
-    return std::async(std::launch::async,
-                      [] {
-                          const ReadGuard guard(QVPackageLock(), std::try_to_lock);
-                          return guard.owns_lock();
-                      })
-        .get();
-}
-
-} // namespace
+using namespace quorvane::test;
 
 TEST(QVLoadable, ABlockUnderThePackageLockKeepsAllOthersOut) {
     EXPECT_TRUE(anotherThreadMayRead());

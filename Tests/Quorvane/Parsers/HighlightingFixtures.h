@@ -43,6 +43,19 @@ inline void setStyles(const std::shared_ptr<QVSyntax> &syntax, const std::map<st
     forEachNode(syntax->grammar()->scopes(), apply, apply);
 }
 
+/// Gives the scopes of a name a bold font.
+inline void setBold(const std::shared_ptr<QVSyntax> &syntax, std::u16string_view name) {
+    const auto style = std::make_shared<QVStyle>();
+    style->setFontWeight(700);
+    forEachNode(
+        syntax->grammar()->scopes(),
+        [&](QVScope &scope) {
+            if (scope.name() == name)
+                scope.addStyle(style);
+        },
+        [](QVCapture &) {});
+}
+
 /// "3 keyword": the style's number, the lexical class; "d7" for what default attributes are made of in tests.
 inline std::string drawnAttributes(const NSAttributes &attributes) {
     std::string text;

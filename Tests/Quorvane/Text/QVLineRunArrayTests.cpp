@@ -1,7 +1,7 @@
 #include "Quorvane/Text/QVLineRunArray.h"
 
-#include "Platform/Foundation/NSException.h"
 #include "Tests/Quorvane/Text/RunPictures.h"
+#include "Tests/Support/Exceptions.h"
 #include "Tests/Support/Recorders.h"
 #include "Tests/Support/TextGaps.h"
 
@@ -50,17 +50,7 @@ std::string strings(const QVLineRunArray &array) {
     return picture;
 }
 
-template <typename Operation> std::string reasonOf(Operation operation) {
-    try {
-        operation();
-    } catch (const NSException &exception) {
-        return exception.name() == NSInvalidArgumentException ? exception.reason().UTF8String()
-                                                              : "other name";
-    }
-    return "nothing thrown";
-}
-
-const std::string beyond = "Index is beyond of the bounds of the line run array";
+const NSString beyond = u"Index is beyond of the bounds of the line run array";
 
 } // namespace
 

@@ -1,7 +1,7 @@
 #include "Quorvane/Text/QVMutableRLEArray.h"
 
-#include "Platform/Foundation/NSException.h"
 #include "Tests/Quorvane/Text/RunPictures.h"
+#include "Tests/Support/Exceptions.h"
 #include "Tests/Support/Recorders.h"
 
 #include <gmock/gmock.h>
@@ -28,22 +28,12 @@ namespace {
 constexpr std::uint64_t reverse = QVRLEArrayEnumerationReverse;
 constexpr std::uint64_t whole = QVRLEArrayEnumerationWholeRuns;
 
-template <typename Operation> std::string reasonOf(Operation operation) {
-    try {
-        operation();
-    } catch (const NSException &exception) {
-        return exception.name() == NSInvalidArgumentException ? exception.reason().UTF8String()
-                                                              : "other name";
-    }
-    return "nothing thrown";
-}
-
-const std::string beyondIndex = "Index is beyond of the bounds of the RLE array";
-const std::string beyondInsert = "Attempt to insert object beyond of the bounds of the RLE array";
-const std::string beyondInserts = "Attempt to insert objects beyond of the bounds of the RLE array";
-const std::string beyondDelete = "Attempt to delete objects beyond the bounds of the RLE array";
-const std::string beyondReplace = "Attempt to replace objects beyond the bounds of the RLE array";
-const std::string beyondRange = "Range exceeds the bounds of the RLE array";
+const NSString beyondIndex = u"Index is beyond of the bounds of the RLE array";
+const NSString beyondInsert = u"Attempt to insert object beyond of the bounds of the RLE array";
+const NSString beyondInserts = u"Attempt to insert objects beyond of the bounds of the RLE array";
+const NSString beyondDelete = u"Attempt to delete objects beyond the bounds of the RLE array";
+const NSString beyondReplace = u"Attempt to replace objects beyond the bounds of the RLE array";
+const NSString beyondRange = u"Range exceeds the bounds of the RLE array";
 
 } // namespace
 

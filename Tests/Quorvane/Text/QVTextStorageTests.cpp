@@ -1,9 +1,9 @@
-#include "Platform/Foundation/NSException.h"
 #include "Platform/Foundation/NSUndoManager.h"
 #include "Quorvane/Parsers/QVParse.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 #include "Tests/Quorvane/Text/BareTextStorage.h"
 #include "Tests/Quorvane/Text/StorageFixtures.h"
+#include "Tests/Support/Exceptions.h"
 
 #include <gtest/gtest.h>
 
@@ -15,69 +15,58 @@ using namespace test;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The reason of the exception that an operation throws.
-template <typename Operation> std::string reasonOf(Operation operation) {
-    try {
-        operation();
-    } catch (const NSException &exception) {
-        EXPECT_EQ(exception.name(), NSInvalidArgumentException);
-        return exception.reason().UTF8String();
-    }
-    return "";
-}
-
 TEST(QVTextStorage, WhatSubclassesMustOverrideThrowsWithItsName) {
     BareTextStorage storage;
-    const auto expect = [](const char *name, auto operation) {
-        EXPECT_EQ(reasonOf(operation), "Subclasses must override " + std::string(name) + ".");
+    const auto expect = [](const char16_t *name, auto operation) {
+        EXPECT_EQ(reasonOf(operation), NSString::stringWithFormat(u"Subclasses must override %@.", name));
     };
-    expect("isParsingEnabled", [&] { storage.isParsingEnabled(); });
-    expect("setParsingEnabled:", [&] { storage.setParsingEnabled(true); });
-    expect("cancelParsing", [&] { storage.cancelParsing(); });
-    expect("clearContents", [&] { storage.clearContents(); });
-    expect("syntax", [&] { storage.syntax(); });
-    expect("setSyntax:", [&] { storage.setSyntax(nullptr); });
-    expect("syntaxAtLocation:", [&] { storage.syntaxAtLocation(0); });
-    expect("parse", [&] { storage.parse(); });
-    expect("parseDelegate", [&] { storage.parseDelegate(); });
-    expect("setParseDelegate:", [&] { storage.setParseDelegate(nullptr); });
-    expect("defaultTextAttributes", [&] { storage.defaultTextAttributes(); });
-    expect("setDefaultTextAttributes:", [&] { storage.setDefaultTextAttributes({}); });
-    expect("lineEndings", [&] { storage.lineEndings(); });
-    expect("setLineEndings:", [&] { storage.setLineEndings(QVLineEndingsCR); });
-    expect("indentationStyle", [&] { storage.indentationStyle(); });
-    expect("setIndentationStyle:", [&] { storage.setIndentationStyle(QVIndentationStyleTabs); });
-    expect("tabWidth", [&] { storage.tabWidth(); });
-    expect("setTabWidth:", [&] { storage.setTabWidth(4); });
-    expect("undoManager", [&] { storage.undoManager(); });
-    expect("setUndoManager:", [&] { storage.setUndoManager(nullptr); });
-    expect("numberOfLines", [&] { storage.numberOfLines(); });
-    expect("characterRangeForLineNumber:", [&] { storage.characterRangeForLineNumber(0); });
-    expect("characterRangeForLineNumbersInRange:", [&] {
+    expect(u"isParsingEnabled", [&] { storage.isParsingEnabled(); });
+    expect(u"setParsingEnabled:", [&] { storage.setParsingEnabled(true); });
+    expect(u"cancelParsing", [&] { storage.cancelParsing(); });
+    expect(u"clearContents", [&] { storage.clearContents(); });
+    expect(u"syntax", [&] { storage.syntax(); });
+    expect(u"setSyntax:", [&] { storage.setSyntax(nullptr); });
+    expect(u"syntaxAtLocation:", [&] { storage.syntaxAtLocation(0); });
+    expect(u"parse", [&] { storage.parse(); });
+    expect(u"parseDelegate", [&] { storage.parseDelegate(); });
+    expect(u"setParseDelegate:", [&] { storage.setParseDelegate(nullptr); });
+    expect(u"defaultTextAttributes", [&] { storage.defaultTextAttributes(); });
+    expect(u"setDefaultTextAttributes:", [&] { storage.setDefaultTextAttributes({}); });
+    expect(u"lineEndings", [&] { storage.lineEndings(); });
+    expect(u"setLineEndings:", [&] { storage.setLineEndings(QVLineEndingsCR); });
+    expect(u"indentationStyle", [&] { storage.indentationStyle(); });
+    expect(u"setIndentationStyle:", [&] { storage.setIndentationStyle(QVIndentationStyleTabs); });
+    expect(u"tabWidth", [&] { storage.tabWidth(); });
+    expect(u"setTabWidth:", [&] { storage.setTabWidth(4); });
+    expect(u"undoManager", [&] { storage.undoManager(); });
+    expect(u"setUndoManager:", [&] { storage.setUndoManager(nullptr); });
+    expect(u"numberOfLines", [&] { storage.numberOfLines(); });
+    expect(u"characterRangeForLineNumber:", [&] { storage.characterRangeForLineNumber(0); });
+    expect(u"characterRangeForLineNumbersInRange:", [&] {
         storage.characterRangeForLineNumbersInRange({0, 1});
     });
-    expect("enumerateLinesInRange:usingBlock:", [&] { storage.enumerateLinesInRange({0, 1}, nullptr); });
-    expect("lineNumberForCharacterIndex:actualCharacterRange:",
+    expect(u"enumerateLinesInRange:usingBlock:", [&] { storage.enumerateLinesInRange({0, 1}, nullptr); });
+    expect(u"lineNumberForCharacterIndex:actualCharacterRange:",
            [&] { storage.lineNumberForCharacterIndex(0); });
-    expect("rangeOfLineNumbersForCharacterRange:actualCharacterRange:", [&] {
+    expect(u"rangeOfLineNumbersForCharacterRange:actualCharacterRange:", [&] {
         storage.rangeOfLineNumbersForCharacterRange({0, 1});
     });
-    expect("enumerateLinesForCharacterRange:usingBlock:", [&] {
+    expect(u"enumerateLinesForCharacterRange:usingBlock:", [&] {
         storage.enumerateLinesForCharacterRange({0, 1}, nullptr);
     });
-    expect("syntaxHighlightingAttributesAtIndex:effectiveRange:",
+    expect(u"syntaxHighlightingAttributesAtIndex:effectiveRange:",
            [&] { storage.syntaxHighlightingAttributesAtIndex(0, nullptr); });
-    expect("extendedAttributesAtIndex:effectiveRange:",
+    expect(u"extendedAttributesAtIndex:effectiveRange:",
            [&] { storage.extendedAttributesAtIndex(0, nullptr); });
-    expect("setExtendedAttributes:range:", [&] { storage.setExtendedAttributes({}, {0, 0}); });
+    expect(u"setExtendedAttributes:range:", [&] { storage.setExtendedAttributes({}, {0, 0}); });
 }
 
 TEST(QVTextStorage, DocumentsHaveNoUndoManagerAndNoWayToCancelTheirParse) {
     const auto storage = QVTextStorage::init();
-    EXPECT_EQ(reasonOf([&] { storage->cancelParsing(); }), "Subclasses must override cancelParsing.");
-    EXPECT_EQ(reasonOf([&] { storage->undoManager(); }), "Subclasses must override undoManager.");
+    EXPECT_EQ(reasonOf([&] { storage->cancelParsing(); }), u"Subclasses must override cancelParsing.");
+    EXPECT_EQ(reasonOf([&] { storage->undoManager(); }), u"Subclasses must override undoManager.");
     EXPECT_EQ(reasonOf([&] { storage->setUndoManager(nullptr); }),
-              "Subclasses must override setUndoManager:.");
+              u"Subclasses must override setUndoManager:.");
 }
 
 TEST(QVTextStorage, AskingForAStorageGivesADocument) {

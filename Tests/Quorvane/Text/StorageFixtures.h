@@ -36,16 +36,7 @@ inline std::shared_ptr<QVSyntax> smallLanguage() {
     auto syntax = syntaxWithScopes(region("comment", "\\(\\*", "\\*\\)") + single("keyword", "k\\w*") +
                                    single("number", "\\d+") + single("bold", "\\bb\\b"));
     setStyles(syntax, {{u"comment", 3}, {u"keyword", 1}, {u"number", 2}});
-    forEachNode(
-        syntax->grammar()->scopes(),
-        [](QVScope &scope) {
-            if (scope.name() == u"bold") {
-                auto style = std::make_shared<QVStyle>();
-                style->setFontWeight(700);
-                scope.addStyle(style);
-            }
-        },
-        [](QVCapture &) {});
+    setBold(syntax, u"bold");
     return syntax;
 }
 
