@@ -22,36 +22,6 @@ private:
     Accepted _outer;
 };
 
-/// Nothing for an object without a coder.
-std::optional<NSCodingValue> codingValue(const NSAttributeValue &value) {
-    if (value.isNull())
-        return NSCodingValue(nullptr);
-    if (const auto *const integer = std::get_if<NSInteger>(&value))
-        return *integer;
-    if (const auto *const number = std::get_if<double>(&value))
-        return *number;
-    if (const auto *const string = std::get_if<NSString>(&value))
-        return *string;
-    const auto object = std::const_pointer_cast<NSObject>(std::get<NSAttributeValue::Object>(value));
-    auto coded = std::dynamic_pointer_cast<NSSecureCoding>(object);
-    return coded ? std::optional<NSCodingValue>(std::move(coded)) : std::nullopt;
-}
-
-std::optional<NSAttributeValue> attributeValue(const NSCodingValue &value) {
-    if (std::holds_alternative<std::nullptr_t>(value))
-        return NSNull();
-    if (const auto *const boolean = std::get_if<bool>(&value))
-        return *boolean;
-    if (const auto *const integer = std::get_if<NSInteger>(&value))
-        return *integer;
-    if (const auto *const number = std::get_if<double>(&value))
-        return *number;
-    if (const auto *const string = std::get_if<NSString>(&value))
-        return *string;
-    auto object = std::dynamic_pointer_cast<const NSObject>(std::get<std::shared_ptr<NSSecureCoding>>(value));
-    return object ? std::optional<NSAttributeValue>(std::move(object)) : std::nullopt;
-}
-
 /// One attribute dictionary while it is written or read.
 class CodedAttributes final : public NSSecureCoding {
 public:
@@ -151,10 +121,39 @@ private:
 
 } // namespace
 
+std::optional<NSCodingValue> qv_codingValue(const NSAttributeValue &value) {
+    if (value.isNull())
+        return NSCodingValue(nullptr);
+    if (const auto *const integer = std::get_if<NSInteger>(&value))
+        return *integer;
+    if (const auto *const number = std::get_if<double>(&value))
+        return *number;
+    if (const auto *const string = std::get_if<NSString>(&value))
+        return *string;
+    const auto object = std::const_pointer_cast<NSObject>(std::get<NSAttributeValue::Object>(value));
+    auto coded = std::dynamic_pointer_cast<NSSecureCoding>(object);
+    return coded ? std::optional<NSCodingValue>(std::move(coded)) : std::nullopt;
+}
+
+std::optional<NSAttributeValue> qv_attributeValue(const NSCodingValue &value) {
+    if (std::holds_alternative<std::nullptr_t>(value))
+        return NSNull();
+    if (const auto *const boolean = std::get_if<bool>(&value))
+        return *boolean;
+    if (const auto *const integer = std::get_if<NSInteger>(&value))
+        return *integer;
+    if (const auto *const number = std::get_if<double>(&value))
+        return *number;
+    if (const auto *const string = std::get_if<NSString>(&value))
+        return *string;
+    auto object = std::dynamic_pointer_cast<const NSObject>(std::get<std::shared_ptr<NSSecureCoding>>(value));
+    return object ? std::optional<NSAttributeValue>(std::move(object)) : std::nullopt;
+}
+
 void qv_encodeAttributes(NSCoder &coder, const NSAttributes &attributes, const NSString &key) {
     std::map<NSString, NSCodingValue> values;
     for (const NSAttribute &attribute : attributes)
-        if (auto value = codingValue(attribute.value))
+        if (auto value = qv_codingValue(attribute.value))
             values.emplace(attribute.key.string(), *std::move(value));
     coder.encodeValueDictionary(values, key);
 }
@@ -166,7 +165,7 @@ std::optional<NSAttributes> qv_decodeAttributes(NSCoder &coder, const NSString &
         return std::nullopt;
     NSMutableAttributes attributes;
     for (const auto &[name, coded] : *values)
-        if (auto value = attributeValue(coded))
+        if (auto value = qv_attributeValue(coded))
             attributes.set(NSAttributeKey(name), *std::move(value));
     return attributes.attributes();
 }

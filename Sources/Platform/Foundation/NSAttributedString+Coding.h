@@ -3,10 +3,17 @@
 #include "Platform/Foundation/NSAttributedString.h"
 #include "Platform/Foundation/NSCoder.h"
 
-/// Attributes and attributed strings in keyed archives. Attributes are a dictionary of values; a string is the
-/// text, each attribute dictionary once, and how far each run of one goes. They are no coded objects of their
-/// own, since who reads one says which classes its attributes may hold.
+/// Attributes and attributed strings in keyed archives. Attributes are a dictionary of values; a string is
+/// the text, each attribute dictionary once, and how far each run of one goes. They are no coded objects of
+/// their own, since who reads one says which classes its attributes may hold.
 namespace quorvane {
+
+/// An attribute's value as archives hold it; nothing for an object without a coder, since there is nothing to
+/// restore it from. An archive's values can be changed by whoever reads them, but this one is only to be
+/// written.
+QV_EXPORT std::optional<NSCodingValue> qv_codingValue(const NSAttributeValue &value);
+/// The value that an archive holds so; nothing for what can't be one.
+QV_EXPORT std::optional<NSAttributeValue> qv_attributeValue(const NSCodingValue &value);
 
 /// Writes the attributes under the key. Values that can't be archived, which are objects without a coder, are
 /// left out.
