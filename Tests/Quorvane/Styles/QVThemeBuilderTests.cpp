@@ -3,6 +3,7 @@
 #include "Platform/Foundation/NSError.h"
 #include "Platform/Foundation/QVLimits.h"
 #include "Quorvane/Styles/QVColor.h"
+#include "Tests/Quorvane/Styles/ThemeFixture.h"
 #include "Tests/Support/Recorders.h"
 
 #include <gtest/gtest.h>
@@ -11,14 +12,9 @@
 #include <fstream>
 
 using namespace quorvane;
+using test::themeOf;
 
 namespace {
-
-std::shared_ptr<QVTheme> themeOf(const NSString &text) {
-    auto theme = QVThemeBuilder::init()->parseString(text);
-    EXPECT_TRUE(theme);
-    return theme;
-}
 
 /// "selector line:column" of each style.
 std::vector<std::string> outlineOf(const QVTheme &theme) {

@@ -3,8 +3,8 @@
 #include "Quorvane/Matches/QVScopeMatch.h"
 #include "Quorvane/Scopes/QVCapture.h"
 #include "Quorvane/Styles/QVColor.h"
-#include "Quorvane/Styles/QVThemeBuilder.h"
 #include "Tests/Quorvane/Packages/PackageFixture.h"
+#include "Tests/Quorvane/Styles/ThemeFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -19,15 +19,9 @@ namespace {
 
 QVThemeController &controller() { return *QVThemeController::sharedController(); }
 
-/// A theme whose styles are told apart by their "id".
-std::shared_ptr<QVTheme> themeOf(const NSString &text) {
-    auto theme = QVThemeBuilder::init()->parseString(text);
-    EXPECT_TRUE(theme);
-    return theme;
-}
-
 std::shared_ptr<QVStyle> styleOf(const NSString &text) { return themeOf(text)->styles()->front(); }
 
+/// Styles are told apart by their "id".
 using Ids = std::vector<std::string>;
 
 Ids idsOf(const QVStyleList &list) {

@@ -5,7 +5,7 @@
 #include "Platform/AppKit/NSShadow.h"
 #include "Quorvane/Styles/QVColor.h"
 #include "Quorvane/Styles/QVGradient.h"
-#include "Quorvane/Styles/QVThemeBuilder.h"
+#include "Tests/Quorvane/Styles/ThemeFixture.h"
 #include "Tests/Support/Recorders.h"
 
 #include <gtest/gtest.h>
@@ -14,14 +14,9 @@
 #include <thread>
 
 using namespace quorvane;
+using test::themeOf;
 
 namespace {
-
-std::shared_ptr<QVTheme> themeOf(const NSString &text) {
-    auto theme = QVThemeBuilder::init()->parseString(text);
-    EXPECT_TRUE(theme);
-    return theme;
-}
 
 std::shared_ptr<const QVSimpleSelector> selector(const char16_t *text) {
     return QVSimpleSelector::simpleSelectorWithString(text);
