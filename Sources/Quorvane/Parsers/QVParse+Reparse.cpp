@@ -135,6 +135,7 @@ bool QVReparse::chooseStart() {
         _insertionIndex = _replacesFirstMatch ? index : index + 1;
     }
     _levels.push_back({_parent, _insertionIndex, _insertionIndex});
+    noteTouchedSymbols();
     _start = _firstLocation;
     _plannedLength = plannedEnd - _firstLocation;
     return true;

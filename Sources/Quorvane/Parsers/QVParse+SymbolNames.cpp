@@ -109,7 +109,7 @@ void QVParse::associateNameForSymbol(QVParseSymbol &symbol, const QVScopeSymbolO
     const QVScopeMatch *const match = symbol.match();
     if (options == nullptr || match == nullptr)
         return;
-    symbol._nameIsFound = false;
+    symbol.stopName(0);
     if (options->isAnonymous()) {
         symbol.setName(nullptr);
         symbol.setNameGrams(nullptr);
@@ -146,8 +146,7 @@ void QVParse::associateNameForSymbol(QVParseSymbol &symbol, const QVScopeSymbolO
         symbol.setName(name.empty() ? NSString() : NSString(name));
         symbol.setNameGrams(qv_grams(symbol.name()));
     }
-    symbol.setNameRange(range);
-    symbol._nameIsFound = true;
+    symbol.setMovingNameRange(range);
     if (options->displayNameFormatter())
         symbol.setDisplayName(stringForFormatter(*options->displayNameFormatter(), symbol));
 }
@@ -215,12 +214,11 @@ NSRange QVParse::bookmarkRangeForMatch(const QVScopeMatch *match, NSRange *nameR
 bool QVParse::updateBookmark(QVParseSymbol &symbol) const {
     NSRange nameRange;
     const NSRange range = bookmarkRangeForMatch(symbol.match(), &nameRange);
-    symbol._nameIsFound = false;
+    symbol.stopName(0);
     if (range.location == NSNotFound)
         return false;
-    symbol.setNameRange(nameRange.location == NSNotFound ? range : nameRange);
+    symbol.setMovingNameRange(nameRange.location == NSNotFound ? range : nameRange);
     symbol.setName(textInRange(*symbol.nameRange()));
-    symbol._nameIsFound = true;
     return true;
 }
 

@@ -4,6 +4,8 @@
 #include "Quorvane/Parsers/QVParse.h"
 #include "Quorvane/Parsers/QVParseSymbol.h"
 #include "Quorvane/Parsers/QVParseText.h"
+#include "Quorvane/Parsers/QVSymbolReaches.h"
+#include "Quorvane/Parsers/QVSymbolRelations.h"
 #include "Quorvane/RegularExpressions/QVRegularExpression.h"
 #include "Quorvane/Scopes/QVScope.h"
 #include "Quorvane/Scopes/QVScopeSubsyntaxOptions.h"
@@ -20,6 +22,10 @@ bool capturesArguments(const QVParseSymbol &symbol) {
     return options != nullptr && options->contextShouldCaptureArguments();
 }
 
+bool reachesInto(const QVParseSymbol &symbol, NSRange range) {
+    return NSIntersectionRange(range, symbol.fullRange()).length != 0;
+}
+
 /// Whether a match has its symbol in the list. A match without length in front of the range is met again with
 /// every edit behind it.
 bool hasListedSymbol(const QVScopeMatch *match) {
@@ -31,17 +37,22 @@ bool hasListedSymbol(const QVScopeMatch *match) {
 } // namespace
 
 void QVParse::symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatch) {
-    // Contexts that reach into the range may have other arguments now. Their ranges are those of the last
-    // edit, which in front of the range are the present ones but for the ends.
-    std::vector<QVParseSymbol *> contextsWithArguments;
-    std::size_t index = 0;
-    for (; index < _symbols.size() && _symbols[index]->range().location < range.location; ++index) {
-        QVParseSymbol &symbol = *_symbols[index];
-        if (NSIntersectionRange(range, symbol.fullRange()).length != 0 && capturesArguments(symbol))
-            contextsWithArguments.push_back(&symbol);
+    symbolicateMatchesInRange(range, startingWithMatch, nullptr);
+}
+
+void QVParse::symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatch, QVSymbolEdit *edit) {
+    QVSymbolEdit wholeEdit;
+    if (edit == nullptr) {
+        // Contexts that reach into the range may have other arguments now.
+        for (const auto &symbol : _symbols) {
+            if (symbol->range().location >= range.location)
+                break;
+            if (reachesInto(*symbol, range) && capturesArguments(*symbol))
+                wholeEdit.capturing.push_back(symbol.get());
+        }
     }
 
-    std::vector<std::shared_ptr<QVParseSymbol>> made;
+    Symbols made;
     QVScopeMatch *match = startingWithMatch ? startingWithMatch->asScopeMatch() : nullptr;
     if (match == _rootMatch.get())
         match = QVScopeMatch::directNextMatch(match);
@@ -58,13 +69,54 @@ void QVParse::symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatc
         if (symbol)
             made.push_back(std::move(symbol));
     }
-    _symbols.insert(_symbols.begin() + static_cast<std::ptrdiff_t>(index),
-                    std::make_move_iterator(made.begin()), std::make_move_iterator(made.end()));
-
-    for (QVParseSymbol *const symbol : contextsWithArguments)
-        captureArgumentsOfSymbol(*symbol);
-    updateSymbolRanges(&range);
+    QVSymbolEdit &changes = edit ? *edit : wholeEdit;
+    insertSymbols(std::move(made), range.location, changes);
+    for (QVParseSymbol *const symbol : changes.capturing)
+        if (symbol->match() != nullptr)
+            captureArgumentsOfSymbol(*symbol);
+    if (edit != nullptr)
+        updateSymbolsBehindEdit(range, *edit);
+    else
+        updateSymbolRanges();
     verifySymbols();
+}
+
+/// Puts new symbols before all that begin at a location or behind it, in the room of those that went where
+/// these stand there: typing mostly makes as many as it takes away.
+void QVParse::insertSymbols(Symbols made, NSUInteger location, QVSymbolEdit &edit) {
+    const auto place = [this](std::size_t index) {
+        return _symbols.begin() + static_cast<std::ptrdiff_t>(index);
+    };
+    const auto isBefore = [](const std::shared_ptr<QVParseSymbol> &symbol, NSUInteger before) {
+        return symbol->range().location < before;
+    };
+    if (edit.begin == NSNotFound)
+        edit.begin = edit.end = indexOfSymbolsAt(location);
+    // Symbols that went are in no order with the others.
+    const std::size_t gone = edit.begin;
+    const std::size_t goneEnd = gone + edit.goneCount;
+    auto at = std::lower_bound(place(0), place(gone), location, isBefore);
+    if (at == place(gone))
+        at = std::lower_bound(place(goneEnd), _symbols.end(), location, isBefore);
+    auto index = static_cast<std::size_t>(at - _symbols.begin());
+    std::size_t shared = 0;
+    if (index == goneEnd) {
+        index = gone;
+        shared = std::min(made.size(), edit.goneCount);
+        std::move(made.begin(), made.begin() + static_cast<std::ptrdiff_t>(shared), place(gone));
+    } else if (index > gone) {
+        index -= edit.goneCount;
+    }
+    _symbols.erase(place(gone + shared), place(goneEnd));
+    _symbols.insert(place(index + shared),
+                    std::make_move_iterator(made.begin() + static_cast<std::ptrdiff_t>(shared)),
+                    std::make_move_iterator(made.end()));
+    _symbolReaches->replace(gone, edit.goneCount, 0);
+    _symbolReaches->replace(index, 0, made.size());
+    const std::size_t end = edit.end - edit.goneCount;
+    edit.begin = std::min(gone, index);
+    edit.end = index <= end ? end + made.size() : index + made.size();
+    edit.goneCount = 0;
 }
 
 std::shared_ptr<QVParseSymbol> QVParse::symbolForMatch(QVScopeMatch *match) {
@@ -147,8 +199,6 @@ void QVParse::captureArgumentsOfSymbol(QVParseSymbol &symbol) const {
     for (const auto &argument : symbol.argumentSymbols())
         argument->forgetMatch();
     symbol.setArguments(argumentsForSymbol(symbol));
-    // They get their places with the next look for the symbol's name.
-    symbol._nameIsFound = false;
 }
 
 std::vector<std::shared_ptr<QVParseSymbol>> QVParse::argumentsForSymbol(const QVParseSymbol &symbol) const {
@@ -190,6 +240,7 @@ void QVParse::forgetSymbols() {
     for (const auto &symbol : _symbols)
         symbol->forgetMatch();
     _symbols.clear();
+    _symbolReaches->clear();
 }
 
 void QVParse::verifySymbols() const {

@@ -12,6 +12,7 @@
 #include "Quorvane/Parsers/QVParseScopeTrace.h"
 #include "Quorvane/Parsers/QVParseSymbol.h"
 #include "Quorvane/Parsers/QVParseText.h"
+#include "Quorvane/Parsers/QVSymbolReaches.h"
 #include "Quorvane/RegularExpressions/QVRegularExpressionMatchContext.h"
 #include "Quorvane/Scopes/QVScope.h"
 #include "Quorvane/Syntaxes/QVGrammar.h"
@@ -59,7 +60,8 @@ QVParse::QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity,
     : _concurrencyType(concurrencyType), _syntax(std::move(syntax)), _grammar(_syntax->grammar()),
       _text(std::make_unique<QVParseText>(capacity)),
       _regexMatchContext(std::make_unique<QVRegularExpressionMatchContext>()),
-      _matchPool(QVMatchPool::create()), _pass(std::make_unique<QVParsePass>()),
+      _matchPool(QVMatchPool::create()), _symbolReaches(std::make_unique<QVSymbolReaches>()),
+      _pass(std::make_unique<QVParsePass>()),
       _performanceCollectionEnabled(isGlobalPerformanceCollectionEnabled()) {
     if (concurrencyType == QVParseMainQueueConcurrencyType) {
         _updateQueue = dispatch_get_main_queue();

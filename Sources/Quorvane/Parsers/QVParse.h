@@ -38,12 +38,15 @@ class QVRememberedSearch;
 class QVScope;
 class QVScopeSymbolOptions;
 class QVSimpleSelector;
+class QVSymbolReaches;
+class QVSymbolRelations;
 class QVSyntax;
 struct QVMatchingOutcome;
 struct QVAnchoredSequence;
 struct QVParseLine;
 struct QVParsePass;
 struct QVSearchContext;
+struct QVSymbolEdit;
 
 enum QVParseConcurrencyType : std::uint64_t {
     /// A concurrent queue of its own.
@@ -294,6 +297,7 @@ public:
 private:
     friend struct QVParsePass;
     friend class QVReparse;
+    friend class QVSymbolRelations;
     QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity, QVParseConcurrencyType concurrencyType);
     std::shared_ptr<QVParse> self();
 
@@ -419,18 +423,21 @@ private:
                          const NSAttributes &defaultAttributes) const;
 
     // Symbols
+    using Symbols = std::vector<std::shared_ptr<QVParseSymbol>>;
     std::shared_ptr<QVParseSymbol> symbolForMatch(QVScopeMatch *match);
     std::shared_ptr<QVParseSymbol> bookmarkForMatch(QVScopeMatch *match);
     bool passesFilters(const QVScopeMatch *match, const QVScopeSymbolOptions &options);
     void findSyntaxOfSymbol(QVParseSymbol &symbol) const;
     void captureArgumentsOfSymbol(QVParseSymbol &symbol) const;
     bool updateBookmark(QVParseSymbol &symbol) const;
-    void updateSymbolRanges(const NSRange *parsedRange);
-    void enterWhitespaceContext(QVParseSymbol &symbol) const;
+    void symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatch, QVSymbolEdit *edit);
+    void insertSymbols(Symbols made, NSUInteger location, QVSymbolEdit &edit);
+    void updateSymbolsBehindEdit(NSRange parsedRange, QVSymbolEdit &edit);
+    /// The first symbol that begins at a location or behind it, or the count.
+    std::size_t indexOfSymbolsAt(NSUInteger location) const;
+    std::size_t indexOfSymbol(const QVParseSymbol &symbol) const;
     void renewNameOfSymbol(QVParseSymbol &symbol) const;
-    static void moveNameOfSymbol(QVParseSymbol &symbol, NSUInteger byDifference);
-    void verifyMovedSymbol(const QVParseSymbol &symbol) const;
-    void endUnclosedSymbols();
+    void verifyRelations();
     NSString textInRange(NSRange range) const;
     void forgetSymbols();
     void verifySymbols() const;
@@ -454,7 +461,10 @@ private:
     QVScopeMatchReference _rootMatch;
     /// How far outside of its match, in units, a capture stands at most.
     NSUInteger _captureReach = 0;
-    std::vector<std::shared_ptr<QVParseSymbol>> _symbols;
+    Symbols _symbols;
+    std::unique_ptr<QVSymbolReaches> _symbolReaches;
+    /// The text's as of the last edit: where symbols end that are open.
+    NSUInteger _symbolsTextLength = 0;
     /// What contexts of indented lines were measured with.
     NSUInteger _symbolsTabWidth = 0;
     bool _shouldCalculateBracketDepths = false;

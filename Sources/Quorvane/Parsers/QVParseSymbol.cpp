@@ -30,16 +30,60 @@ std::optional<std::vector<std::shared_ptr<QVSymbol>>> QVParseSymbol::arguments()
 }
 
 NSRange QVParseSymbol::fullRange() const {
-    return _endRange.location == NSNotFound ? _range : NSUnionRange(_range, _endRange);
+    const NSRange endRange = this->endRange();
+    return endRange.location == NSNotFound ? range() : NSUnionRange(range(), endRange);
+}
+
+NSRange QVParseSymbol::endByOther() const {
+    if (_nextContextGroupSymbol != nullptr)
+        return {_nextContextGroupSymbol->range().location, 0};
+    switch (symbolOptions()->contextUnclosedBehavior()) {
+    case QVSymbolContextUnclosedBehaviorExtendDocument:
+        return {*_textLength, 0};
+    case QVSymbolContextUnclosedBehaviorExtendParent:
+        if (_endContext == nullptr)
+            return {*_textLength, 0};
+        if (const NSRange end = _endContext->endRange(); end.location != NSNotFound)
+            return {end.location, 0};
+        return {NSMaxRange(_endContext->range()), 0};
+    default:
+        return NSNotFoundRange;
+    }
+}
+
+void QVParseSymbol::placeWithMatch(NSRange range) {
+    if (!_moves)
+        _endRange = stored(_endRange);
+    _moves = true;
+    _range = stored(range);
+}
+
+void QVParseSymbol::setMatch(QVScopeMatch *match) {
+    const NSRange range = this->range();
+    const NSRange endRange = this->endRange();
+    const NSRange nameRange = *this->nameRange();
+    _moves = false;
+    setRange(range);
+    setEndRange(endRange);
+    setNameRange(nameRange);
+    _match = match;
 }
 
 void QVParseSymbol::forgetMatch() {
     if (_match && _match->symbol() == this)
         _match->setSymbol(nullptr);
-    _match = nullptr;
+    setMatch(nullptr);
     _parentContextSymbol = nullptr;
+    // Neighbours that stay would point to nothing.
+    if (_previousContextGroupSymbol != nullptr &&
+        _previousContextGroupSymbol->_nextContextGroupSymbol == this)
+        _previousContextGroupSymbol->_nextContextGroupSymbol = nullptr;
+    if (_nextContextGroupSymbol != nullptr && _nextContextGroupSymbol->_previousContextGroupSymbol == this)
+        _nextContextGroupSymbol->_previousContextGroupSymbol = nullptr;
     _previousContextGroupSymbol = nullptr;
     _nextContextGroupSymbol = nullptr;
+    _endContext = nullptr;
+    _textLength = nullptr;
     for (const auto &argument : _arguments)
         argument->forgetMatch();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Quorvane/Parsers/QVParse.h"
+#include "Quorvane/Parsers/QVSymbolRelations.h"
 
 namespace quorvane {
 
@@ -55,6 +56,7 @@ private:
 
     // Where to start
     bool chooseStart();
+    void noteTouchedSymbols();
 
     // The loop
     Step runPass();
@@ -97,6 +99,7 @@ private:
     QVScopeMatch *firstOldMatch();
     bool isReplaced(const QVMatch *match) const;
     void removeOldMatches();
+    void noteCapturingSymbols();
     void noteSymbol(const QVScopeMatch *match, NSIndexSet &indexes) const;
     void removeSymbols(const NSIndexSet &indexes);
     NSUInteger indexOfOldMatch(const QVScopeMatch *match);
@@ -130,6 +133,7 @@ private:
     int _checkedSearches = 0;
     std::vector<QVScopeMatch *> _inserted;
     std::vector<QVScopeMatch *> _skipped;
+    QVSymbolEdit _symbolEdit;
 };
 
 } // namespace quorvane

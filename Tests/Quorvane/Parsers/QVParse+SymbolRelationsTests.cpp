@@ -443,3 +443,96 @@ TEST_F(SymbolRelations, AWhitespaceContextGrowsWithTheLinesBehindIt) {
     EXPECT_EQ(drawn(), "function def 0+3 to 13+0\nvariable a 5+1 in def\nvariable b 12+1 in def\n");
     EXPECT_EQ(symbol(0), before);
 }
+
+// Behind an edit relations are worked out as far as they can have changed.
+
+namespace {
+
+const std::string indented =
+    matchText("def", "def\\ (\\w+)", captureText(1, "name") + contextSymbol("function", "whitespace")) +
+    matchText("mark", "\\#.*", symbolText("heading")) +
+    matchText("if", "\\bif\\b", contextSymbol("statement", "start", "group='i'")) +
+    matchText("fi", "\\bfi\\b", contextSymbol("keyword", "end", "group='i'")) +
+    matchText("x", "\\b[a-z]\\b", symbolText("variable"));
+const std::string hashComments = "<comments><single><expression>#</expression></single></comments>";
+
+} // namespace
+
+TEST_F(SymbolRelations, AContextThatEndsEarlierUnderAnOpenOneLetsGoOfWhatFollowsThat) {
+    start(indented, u"def f\n\tif\n\t\ta\n\n\n\n\t\tb\n\tfi\n\tc\n", hashComments);
+    ASSERT_EQ(drawn(), "function f 0+5 to 28+0\n"
+                       "statement - 7+2 to 22+0 in f\n"
+                       "variable a 12+1 in -\n"
+                       "variable b 19+1 in -\n"
+                       "keyword fi 22+2 in f\n"
+                       "variable c 26+1 in f\n");
+    // The open "if" holds the function where it is over, until it is closed itself.
+    edit({15, 0}, u"W");
+    EXPECT_EQ(drawn(), "function f 0+5 to 14+0\n"
+                       "statement - 7+2 to 23+0 in f\n"
+                       "variable a 12+1 in -\n"
+                       "variable b 20+1 in -\n"
+                       "keyword fi 23+2 in f\n"
+                       "variable c 27+1\n");
+}
+
+TEST_F(SymbolRelations, AMarkInFrontOfAnEditComesIntoTheContextThatGrowsOverIt) {
+    start(indented, u"def f\n\ta\n# m\n\n\nb\n", hashComments);
+    ASSERT_EQ(drawn(), "function f 0+5 to 9+0\n"
+                       "variable a 7+1 in f\n"
+                       "heading # m 9+3\n"
+                       "variable b 15+1\n");
+    edit({15, 0}, u"\t");
+    EXPECT_EQ(drawn(), "function f 0+5 to 18+0\n"
+                       "variable a 7+1 in f\n"
+                       "heading # m 9+3 in f\n"
+                       "variable b 16+1 in f\n");
+    edit({15, 1}, u"");
+    EXPECT_EQ(drawn(), "function f 0+5 to 9+0\n"
+                       "variable a 7+1 in f\n"
+                       "heading # m 9+3\n"
+                       "variable b 15+1\n");
+}
+
+TEST_F(SymbolRelations, AContextThatIsClosedByAnEditEndsTheOpenOnesInItToo) {
+    start(contextWords(), u"do\nif\n\n\n\n\nx\n");
+    const std::string open =
+        "function do 0+2 to 12+0\nfunction if 3+2 to 12+0 in do\nvariable x 10+1 in if\n";
+    ASSERT_EQ(drawn(), open);
+    edit({8, 0}, u"done");
+    EXPECT_EQ(drawn(), "function do 0+2 to 8+0\n"
+                       "function if 3+2 to 8+0 in do\n"
+                       "keyword done 8+4\n"
+                       "variable x 14+1\n");
+    edit({8, 4}, u"");
+    EXPECT_EQ(drawn(), open);
+}
+
+TEST_F(SymbolRelations, OpenContextsEndWithTheTextThoughNothingOfThemIsLookedAt) {
+    start(contextWords(), u"if\n\n\n\nx");
+    ASSERT_EQ(drawn(), "function if 0+2 to 7+0\nvariable x 6+1 in if\n");
+    edit({6, 1}, u"....");
+    EXPECT_EQ(drawn(), "function if 0+2 to 10+0\n");
+}
+
+TEST_F(SymbolRelations, NamesFarInFrontOfTheirSymbolsFollowTheText) {
+    start(matchText("at", "(?<=(\\w)\\n\\n\\n)@", captureText(1, "name") + symbolText("variable")) +
+              matchText("and", "(?<=(\\w)\\n\\n\\n@)&", captureText(1, "name") + symbolText("constant")),
+          u"a\n\n\n@&\n");
+    ASSERT_EQ(drawn(), "variable a 4+1\nconstant a 5+1\n");
+    edit({0, 1}, u"b");
+    EXPECT_EQ(drawn(), "variable b 4+1\nconstant b 5+1\n");
+}
+
+TEST_F(SymbolRelations, ASymbolThatGoesKeepsItsPlaces) {
+    start(contextWords(), u"x\n\n\nif\nx\nend\n");
+    const auto function = symbol(1);
+    ASSERT_EQ(drawnSymbol(*function), "function if 4+2 to 9+0");
+    edit({0, 0}, u"....");
+    ASSERT_EQ(drawnSymbol(*function), "function if 8+2 to 13+0");
+    // The end goes with it, and all that follows moves.
+    edit({0, parse->string().size()}, u"....");
+    EXPECT_EQ(function->match(), nullptr);
+    EXPECT_EQ(drawnSymbol(*function), "function if 8+2 to 13+0");
+    EXPECT_EQ(function->nameRange(), (NSRange{8, 2}));
+}
