@@ -189,6 +189,8 @@ const bool registered = [] {
             NSURL::fileURLWithPath(u"" QUORVANE_SOURCE_DIR "/Packages/Themes/Themes/Dusk.css")));
         registerText(textOfSize(smallTextBytes));
         registerText(textOfSize(hugeTextBytes));
+        for (const Text &text : filesOfEnvironment())
+            registerText(text);
         if (std::getenv("QUORVANE_BENCHMARK_HUGE") != nullptr)
             registerText(textOfSize(giganticTextBytes));
     } catch (const std::exception &exception) {
