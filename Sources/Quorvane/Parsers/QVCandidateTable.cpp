@@ -66,25 +66,54 @@ void QVCandidateTable::addWords(std::uint32_t index) {
 }
 
 void QVCandidateTable::makeClasses() {
-    _groups.emplace_back();
-    std::map<std::pair<std::vector<std::uint32_t>, bool>, std::uint16_t> known;
-    for (unsigned unit = 0; unit <= _classes.size(); ++unit) {
-        const bool isTextEnd = unit == _classes.size();
-        std::vector<std::uint32_t> patterns;
-        for (std::uint32_t index = 0; index < _patterns.size(); ++index) {
-            const QVRegularExpression &expression = _patterns[index].search->expression();
-            const QVUnitMask *const first = expression.firstUnits();
-            if (!expression.wordList() && (first == nullptr || (!isTextEnd && holds(*first, unit))))
-                patterns.push_back(index);
+    // Units that begin the same patterns end up with the same number: each pattern in turn takes those of its
+    // units that had one number out under a new one. The last place is the text's end.
+    constexpr unsigned textEnd = 256;
+    std::array<std::uint16_t, textEnd + 1> numbers{};
+    std::vector<std::uint16_t> taken(1, 0);
+    const auto takeOut = [&](auto isMember) {
+        std::fill(taken.begin(), taken.end(), std::uint16_t(0));
+        for (unsigned unit = 0; unit <= textEnd; ++unit) {
+            if (!isMember(unit))
+                continue;
+            const std::uint16_t number = numbers[unit];
+            if (taken[number] == 0) {
+                taken[number] = static_cast<std::uint16_t>(taken.size());
+                taken.push_back(0);
+            }
+            numbers[unit] = taken[number];
         }
-        const bool hasWords = unit < 128 && _wordLengths[unit] != 0;
-        if (patterns.empty() && !hasWords)
-            continue;
-        const auto [entry, isNew] =
-            known.try_emplace({patterns, hasWords}, static_cast<std::uint16_t>(_groups.size()));
-        if (isNew)
-            _groups.push_back({std::move(patterns), hasWords, 0, false, nullptr});
-        (isTextEnd ? _classAtTextEnd : _classes[unit]) = entry->second;
+    };
+    const auto begins = [](const QVRegularExpression &expression, unsigned unit) {
+        const QVUnitMask *const first = expression.firstUnits();
+        return first == nullptr || (unit != textEnd && holds(*first, unit));
+    };
+    const auto beginsWords = [this](unsigned unit) { return unit < 128 && _wordLengths[unit] != 0; };
+    for (const Pattern &pattern : _patterns) {
+        const QVRegularExpression &expression = pattern.search->expression();
+        if (!expression.wordList() && expression.firstUnits() != nullptr)
+            takeOut([&](unsigned unit) { return begins(expression, unit); });
+    }
+    takeOut(beginsWords);
+
+    _groups.emplace_back();
+    constexpr std::uint16_t unknown = 0xFFFF;
+    std::vector<std::uint16_t> groups(taken.size(), unknown);
+    for (unsigned unit = 0; unit <= textEnd; ++unit) {
+        std::uint16_t &group = groups[numbers[unit]];
+        if (group == unknown) {
+            std::vector<std::uint32_t> patterns;
+            for (std::uint32_t index = 0; index < _patterns.size(); ++index) {
+                const QVRegularExpression &expression = _patterns[index].search->expression();
+                if (!expression.wordList() && begins(expression, unit))
+                    patterns.push_back(index);
+            }
+            const bool isEmpty = patterns.empty() && !beginsWords(unit);
+            group = isEmpty ? 0 : static_cast<std::uint16_t>(_groups.size());
+            if (!isEmpty)
+                _groups.push_back({std::move(patterns), beginsWords(unit), 0, false, nullptr});
+        }
+        (unit == textEnd ? _classAtTextEnd : _classes[unit]) = group;
     }
 }
 

@@ -47,6 +47,16 @@ std::mutex &keptLock() {
 } // namespace
 
 bool QVCombinedExpression::canCombine(const QVRegularExpression &expression) {
+    using Combines = QVRegularExpression::Combines;
+    Combines known = expression._combines.load(std::memory_order_relaxed);
+    if (known == Combines::Unknown) {
+        known = isCombinable(expression) ? Combines::Yes : Combines::No;
+        expression._combines.store(known, std::memory_order_relaxed);
+    }
+    return known == Combines::Yes;
+}
+
+bool QVCombinedExpression::isCombinable(const QVRegularExpression &expression) {
     return expression.isJITEnabled() && expression.canBeRemembered() &&
            (expression.options() & ~separateOptions) == commonOptions && !expression.hasReferences() &&
            !mayDependOnItsSurroundings(expression.pattern());

@@ -45,6 +45,7 @@ public:
 private:
     QVCombinedExpression(::pcre2_real_code_16 *code, Expressions expressions)
         : _code(code), _expressions(expressions.begin(), expressions.end()) {}
+    static bool isCombinable(const QVRegularExpression &expression);
     bool isOf(Expressions others) const;
     /// Whether some of the expressions are gone.
     bool isForsaken() const;

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/QVBlock.h"
 
 #include <array>
+#include <atomic>
 #include <mutex>
 #include <unordered_map>
 
@@ -237,6 +238,9 @@ private:
     mutable std::unique_ptr<std::unordered_map<NSString, NSUInteger>> _namedCaptureGroups;
     mutable std::once_flag _anchoredOnce;
     mutable ::pcre2_real_code_16 *_anchoredCode = nullptr;
+    /// Found out when first asked for, for each document that is opened asks again.
+    enum class Combines : std::uint8_t { Unknown, No, Yes };
+    mutable std::atomic<Combines> _combines = Combines::Unknown;
     /// What this is the first expression of, under that class's lock.
     mutable std::vector<std::shared_ptr<const QVCombinedExpression>> _combinedExpressions;
 };
