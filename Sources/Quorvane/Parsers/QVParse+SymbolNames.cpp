@@ -46,6 +46,13 @@ std::u16string_view cleanedName(std::u16string_view text, std::u16string &buffer
     return buffer;
 }
 
+/// Whether what a formatter makes of a symbol depends on more than the symbol's name.
+bool readsTheText(const QVFormatter &formatter) {
+    return std::any_of(
+        formatter.components().begin(), formatter.components().end(),
+        [](const auto &component) { return component->type() == QVFormatterComponentTypeSelector; });
+}
+
 bool isSymbol(const QVScopeMatch *match) {
     const auto &options = match->scope()->symbolOptions();
     return options && options->symbolType() != QVSymbolTypeNone;
@@ -142,12 +149,12 @@ void QVParse::associateNameForSymbol(QVParseSymbol &symbol, const QVScopeSymbolO
     std::u16string buffer;
     const std::u16string_view name = cleanedName(text.substr(range.location, range.length), buffer);
     // Names are looked up anew with every edit, and few of them change.
-    if (name.empty() ? !symbol.name().isNull() || !symbol.nameGrams().isNull() : symbol.name() != name) {
-        symbol.setName(name.empty() ? NSString() : NSString(name));
-        symbol.setNameGrams(qv_grams(symbol.name()));
-    }
+    const bool isOther = name.empty() ? !symbol._name.isNull() : symbol._name != name;
+    if (isOther)
+        symbol.setNameAndGrams(name.empty() ? NSString() : NSString(name));
     symbol.setMovingNameRange(range);
-    if (options->displayNameFormatter())
+    if (options->displayNameFormatter() &&
+        (isOther || symbol._displayName.isNull() || readsTheText(*options->displayNameFormatter())))
         symbol.setDisplayName(stringForFormatter(*options->displayNameFormatter(), symbol));
 }
 

@@ -29,6 +29,16 @@ std::optional<std::vector<std::shared_ptr<QVSymbol>>> QVParseSymbol::arguments()
     return std::vector<std::shared_ptr<QVSymbol>>(_arguments.begin(), _arguments.end());
 }
 
+void QVParseSymbol::makeNameGrams() const {
+    // Several readers may be the first.
+    static auto *const mutex = new std::mutex;
+    const std::lock_guard lock(*mutex);
+    if (!_nameGramsAreDue.load(std::memory_order_relaxed))
+        return;
+    _nameGrams = qv_grams(_name);
+    _nameGramsAreDue.store(false, std::memory_order_release);
+}
+
 NSRange QVParseSymbol::fullRange() const {
     const NSRange endRange = this->endRange();
     return endRange.location == NSNotFound ? range() : NSUnionRange(range(), endRange);

@@ -5,6 +5,8 @@
 #include "Quorvane/Matches/QVScopeMatch.h"
 #include "Quorvane/Symbols/QVSymbol.h"
 
+#include <atomic>
+
 namespace quorvane {
 
 class QVScopeSymbolOptions;
@@ -85,9 +87,16 @@ public:
 
     NSString name() const override { return _name; }
     void setName(NSString name) { _name = std::move(name); }
-    /// The words of the name.
-    const QVGrams &nameGrams() const { return _nameGrams; }
-    void setNameGrams(QVGrams grams) { _nameGrams = std::move(grams); }
+    /// The words of the name, found when first asked for; many symbols are never searched.
+    const QVGrams &nameGrams() const {
+        if (_nameGramsAreDue.load(std::memory_order_acquire)) [[unlikely]]
+            makeNameGrams();
+        return _nameGrams;
+    }
+    void setNameGrams(QVGrams grams) {
+        _nameGrams = std::move(grams);
+        _nameGramsAreDue.store(false, std::memory_order_relaxed);
+    }
     NSString displayName() const override { return _displayName; }
     void setDisplayName(NSString name) { _displayName = std::move(name); }
     /// The engine never fills these; whoever shows symbols may.
@@ -194,8 +203,16 @@ private:
     QVParseSymbol *_parentContextSymbol = nullptr;
     QVParseSymbol *_previousContextGroupSymbol = nullptr;
     QVParseSymbol *_nextContextGroupSymbol = nullptr;
+    void makeNameGrams() const;
+    /// Sets the name, and its words with it.
+    void setNameAndGrams(NSString name) {
+        _name = std::move(name);
+        _nameGramsAreDue.store(true, std::memory_order_relaxed);
+    }
+
     NSString _name;
-    QVGrams _nameGrams;
+    mutable QVGrams _nameGrams;
+    mutable std::atomic<bool> _nameGramsAreDue = false;
     NSString _displayName;
     QVGrams _displayNameGrams;
     Symbols _arguments;

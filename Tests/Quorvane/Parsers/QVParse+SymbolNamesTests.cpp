@@ -8,6 +8,8 @@
 #include "Quorvane/Symbols/QVLexicalClass.h"
 #include "Tests/Quorvane/Parsers/SymbolFixtures.h"
 
+#include <thread>
+
 using namespace quorvane;
 using namespace quorvane::test;
 using testing::ElementsAre;
@@ -49,6 +51,17 @@ TEST_F(SymbolNames, ComeWithTheirWords) {
     start(matchText("f", "\\w+", symbolText("function")), u"makeHTMLPage");
     EXPECT_EQ(symbol(0)->nameGrams(), (QVGrams{u"make", u"HTML", u"Page"}));
     EXPECT_TRUE(symbol(0)->displayNameGrams().isNull());
+}
+
+TEST_F(SymbolNames, FindTheirWordsForSeveralReadersAtOnce) {
+    start(matchText("f", "\\w+", symbolText("function")), u"makeHTMLPage");
+    std::vector<std::thread> readers;
+    for (int index = 0; index < 4; ++index)
+        readers.emplace_back([&] {
+            EXPECT_EQ(symbol(0)->nameGrams(), (QVGrams{u"make", u"HTML", u"Page"}));
+        });
+    for (std::thread &reader : readers)
+        reader.join();
 }
 
 TEST_F(SymbolNames, AnAnonymousSymbolHasNone) {
@@ -407,4 +420,18 @@ TEST_F(DisplayNames, EndCapturesAreLookedAtBehindTheCaptures) {
                     element("ends-with", "", expressionText("\\)(\\w+)") + captureText(1, "b")) +
                     element("symbol", "type='function'", "$display"));
     EXPECT_EQ(displayName(scope, {"selector='b'", "selector='a'"}, u"x()y"), u"yx");
+}
+
+TEST_F(DisplayNames, FollowTheNameAndThePiecesThatTheyAreMadeOf) {
+    // A region, which keeps its symbol while what it holds changes.
+    const std::string scope =
+        regionText("f", "\\(", "\\)",
+                   subscopesText(matchText("name", "[a-z]+") + matchText("id", "[0-9]+")) +
+                       element("symbol", "type='function'", "$display"));
+    ASSERT_EQ(displayName(scope, {"variable='name'", "value='.'"}, u"(\n\n\nab\n\n\n12)"), u"ab.");
+    edit({5, 0}, u"x");
+    EXPECT_EQ(symbol(0)->displayName(), u"axb.");
+    ASSERT_EQ(displayName(scope, {"variable='name'", "selector='id'"}, u"(\n\n\nab\n\n\n12)"), u"ab12");
+    edit({10, 0}, u"3");
+    EXPECT_EQ(symbol(0)->displayName(), u"ab132");
 }
