@@ -23,7 +23,11 @@ const NSCharacterSet &blanksAndNewlines() {
     return *set;
 }
 
-bool isBlank(char16_t unit) { return blanksAndNewlines().characterIsMember(unit); }
+bool isBlank(char16_t unit) {
+    // What names are made of.
+    const bool isPrintableASCII = unit > u' ' && unit < u'\x7F';
+    return !isPrintableASCII && blanksAndNewlines().characterIsMember(unit);
+}
 
 /// The words of a text with a blank between each two, in `buffer` where they don't stand so in the text.
 std::u16string_view cleanedName(std::u16string_view text, std::u16string &buffer) {
