@@ -231,6 +231,23 @@ bool refusesEmbeddingRegion(const QVScopeMatch &match, const QVScope::Scopes &te
     return holdsScope(scopesIn(match), canBeLostAndEmbeds) || holdsScope(templateScopes, canBeLostAndEmbeds);
 }
 
+/// The regions that go on over a place, by their starts, from the outside in.
+std::vector<std::pair<NSUInteger, const QVScope *>> regionsOver(const QVParse &parse, NSUInteger location) {
+    std::vector<std::pair<NSUInteger, const QVScope *>> regions;
+    const QVScopeMatch *match = parse.rootMatch();
+    while (match != nullptr) {
+        const QVScopeMatch *inside = nullptr;
+        for (const QVScopeMatch *const child : match->submatches())
+            if (child->range().location < location && child->endRange().location != NSNotFound &&
+                NSMaxRange(child->endRange()) > location)
+                inside = child;
+        if (inside != nullptr)
+            regions.emplace_back(inside->range().location, inside->scope());
+        match = inside;
+    }
+    return regions;
+}
+
 bool hasSeveralLines(const QVScopeMatch &match) {
     for (const QVScopeMatch *const child : match.submatches())
         if (child->scope()->type() == QVScopeTypeNewline || hasSeveralLines(*child))
@@ -432,6 +449,7 @@ std::string ReparseLaw::problemOfEdit(const Edit &edit) {
     std::string excuse = excuseOfTree(*_parse);
     _text.replace(edit.range.location, edit.range.length, edit.text);
     _texts.push_back(_text);
+    const auto regionsBefore = regionsOver(*_parse, firstLocation(edit));
     std::string problem;
     try {
         _parse->performWritingBlockAndWait(
@@ -454,11 +472,13 @@ std::string ReparseLaw::problemOfEdit(const Edit &edit) {
                   std::to_string(uncovered);
     if (excuse.empty())
         excuse = excuseOfTree(*fresh);
-    // Neither a unit before the first location nor one of the line behind it has changed.
+    // Neither a unit before the first location nor one of the line behind it has changed. A region that ends
+    // between the two, without a length, is not asked again either.
     if (const std::vector<std::uint64_t> after = paintedTree(*fresh);
         excuse.empty() && !isWhole &&
-        !std::equal(after.begin(), after.begin() + static_cast<std::ptrdiff_t>(_answer.location),
-                    before.begin()))
+        (!std::equal(after.begin(), after.begin() + static_cast<std::ptrdiff_t>(_answer.location),
+                     before.begin()) ||
+         regionsOver(*fresh, _answer.location) != regionsBefore))
         excuse = "a pattern looks over lines";
     if (!problem.empty() && excuse.empty() &&
         differenceOfTrees(*_parse, *freshParseWithKnownIncludes()).empty())

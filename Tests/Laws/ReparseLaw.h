@@ -66,7 +66,8 @@ public:
 
     /// Empty where the law holds, that of symbols included. Where the rules excuse a difference, the tree is
     /// parsed anew: also where a fresh parse sees other matches in the lines before those that an edit parses
-    /// again, which only a pattern can bring about that looks over lines, and where a parse that knows its
+    /// again, or has other regions go on behind them, which only a pattern can bring about that looks over
+    /// lines, and where a parse that knows its
     /// includes from the same texts gives the edited tree, though it parsed each of them as a whole.
     std::string problemOfEdit(const Edit &edit);
 

@@ -60,6 +60,24 @@ TEST(ReparseLawExceptions, APatternThatLooksOverLinesIsNotAskedAgain) {
                                                                "  Unknown test.unknown [6,1]\n");
 }
 
+/// The region ends without a length at 3, where line two begins, since line three has a ";". When that goes,
+/// parsing starts at 3: what stands before is the region, and parsing goes on behind it.
+TEST(ReparseLawExceptions, AnEmptyEndThatLooksOverItsLineIsNotAskedAgain) {
+    const auto syntax = syntaxWithScopes(region("r", "\\(", "^(?=\\n;)"));
+    EXPECT_EQ(freshTree(syntax, u"(a\n\nx"), "Root test.root -\n"
+                                             "  StartEnd r [0,1] end[5,0]\n"
+                                             "    Unknown test.unknown [1,1]\n"
+                                             "    Newline test.newline [2,1]\n"
+                                             "    Newline test.newline [3,1]\n"
+                                             "    Unknown test.unknown [4,1]\n");
+    EXPECT_EQ(editedTree(syntax, u"(a\n\n;", {4, 1}, u"x"), "Root test.root -\n"
+                                                            "  StartEnd r [0,1] end[3,0]\n"
+                                                            "    Unknown test.unknown [1,1]\n"
+                                                            "    Newline test.newline [2,1]\n"
+                                                            "  Newline test.newline [3,1]\n"
+                                                            "  Unknown test.unknown [4,1]\n");
+}
+
 /// What an include brings is settled by its first use and kept until the tree is emptied. The one in "inner"
 /// is first used from "test", which replaces the collection; without that line a fresh parse meets it from
 /// "other" first, which does not.
