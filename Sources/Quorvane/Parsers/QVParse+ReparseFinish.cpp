@@ -89,6 +89,7 @@ void QVReparse::removeOldMatches() {
         }
         match = next != nullptr && isReplaced(next) ? const_cast<QVMatch *>(next)->asScopeMatch() : nullptr;
     }
+    std::sort(_symbolEdit.goneArguments.begin(), _symbolEdit.goneArguments.end());
     // Symbols let go of their matches while these are there.
     removeSymbols(symbolIndexes);
     for (const Removal &removal : removals)
@@ -142,10 +143,13 @@ void QVReparse::noteCapturingSymbols() {
             _symbolEdit.capturing.push_back(symbol);
 }
 
-void QVReparse::noteSymbol(const QVScopeMatch *match, NSIndexSet &indexes) const {
+void QVReparse::noteSymbol(const QVScopeMatch *match, NSIndexSet &indexes) {
     const QVParseSymbol *const symbol = match->symbol();
-    if (!isListed(symbol))
+    if (!isListed(symbol)) {
+        if (symbol != nullptr)
+            _symbolEdit.goneArguments.push_back(symbol);
         return;
+    }
     if (const std::size_t index = _parse.indexOfSymbol(*symbol); index != NSNotFound)
         indexes.addIndex(index);
 }

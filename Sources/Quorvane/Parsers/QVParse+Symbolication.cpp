@@ -26,6 +26,32 @@ bool reachesInto(const QVParseSymbol &symbol, NSRange range) {
     return NSIntersectionRange(range, symbol.fullRange()).length != 0;
 }
 
+NSUInteger symbolTypeOfMatch(const QVMatch *match) {
+    const auto &options = match->asScopeMatch()->scope()->symbolOptions();
+    return options ? options->symbolType() : QVSymbolTypeNone;
+}
+bool isSymbolMatch(const QVMatch *match) { return symbolTypeOfMatch(match) != QVSymbolTypeNone; }
+bool isArgumentMatch(const QVMatch *match) { return symbolTypeOfMatch(match) == QVSymbolTypeArgument; }
+
+/// Finds the first match behind one of an owner's descendants, or behind the owner's start itself, that
+/// stands in no other symbol in the owner; false where the match stands elsewhere.
+bool findOwnMatchBehind(const QVMatch *owner, const QVMatch *match, const QVMatch *&found) {
+    const QVMatch *outermostSymbol = nullptr;
+    const QVMatch *ancestor = match;
+    for (; ancestor != nullptr && ancestor != owner; ancestor = ancestor->parentMatch())
+        if (isSymbolMatch(ancestor))
+            outermostSymbol = ancestor;
+    found = outermostSymbol ? outermostSymbol->nextShallowMatch() : match ? match->nextMatch() : nullptr;
+    return ancestor != nullptr;
+}
+
+/// Longer symbols are not walked as wholes for their arguments.
+#if defined(QUORVANE_VERIFY)
+constexpr NSUInteger longSymbol = 24;
+#else
+constexpr NSUInteger longSymbol = 4096;
+#endif
+
 /// Whether a match has its symbol in the list. A match without length in front of the range is met again with
 /// every edit behind it.
 bool hasListedSymbol(const QVScopeMatch *match) {
@@ -73,7 +99,7 @@ void QVParse::symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatc
     insertSymbols(std::move(made), range.location, changes);
     for (QVParseSymbol *const symbol : changes.capturing)
         if (symbol->match() != nullptr)
-            captureArgumentsOfSymbol(*symbol);
+            captureArgumentsOfSymbol(*symbol, range, startingWithMatch, changes);
     if (edit != nullptr)
         updateSymbolsBehindEdit(range, *edit);
     else
@@ -201,33 +227,94 @@ void QVParse::captureArgumentsOfSymbol(QVParseSymbol &symbol) const {
     symbol.setArguments(argumentsForSymbol(symbol));
 }
 
+/// In a long symbol only what was parsed is walked: arguments in front of that and behind it stay.
+void QVParse::captureArgumentsOfSymbol(QVParseSymbol &symbol, NSRange parsedRange,
+                                       const QVMatch *startingWithMatch, const QVSymbolEdit &edit) const {
+    const QVMatch *next = nullptr;
+    bool isKnown = symbol.match()->fullRange().length > longSymbol &&
+                   findOwnMatchBehind(symbol.match(), startingWithMatch, next);
+    Symbols arguments;
+    Symbols gone;
+    for (const auto &argument : symbol.argumentSymbols()) {
+        const bool isGone =
+            std::binary_search(edit.goneArguments.begin(), edit.goneArguments.end(), argument.get());
+        (isGone ? gone : arguments).push_back(argument);
+        // Of one that lost its match to a mark it isn't told when it goes.
+        isKnown = isKnown && argument->match() != nullptr && argument->match()->symbol() == argument.get() &&
+                  (isGone || !NSLocationInRange(argument->match()->range().location, parsedRange));
+    }
+    if (!isKnown) {
+        captureArgumentsOfSymbol(symbol);
+        return;
+    }
+    for (const auto &argument : gone)
+        argument->forgetMatch();
+    Symbols made;
+    const QVMatch *const end = symbol.match()->nextShallowMatch();
+    while (next != nullptr && next != end && next->range().location < NSMaxRange(parsedRange)) {
+        QVScopeMatch *const match = const_cast<QVMatch *>(next)->asScopeMatch();
+        if (!isSymbolMatch(match)) {
+            next = next->nextMatch();
+            continue;
+        }
+        if (isArgumentMatch(match) && match->range().location >= parsedRange.location)
+            made.push_back(argumentForMatch(match, symbol));
+        next = next->nextShallowMatch();
+    }
+    const auto isInFront = [&](const std::shared_ptr<QVParseSymbol> &argument) {
+        return argument->match()->range().location < parsedRange.location;
+    };
+    arguments.insert(std::partition_point(arguments.begin(), arguments.end(), isInFront), made.begin(),
+                     made.end());
+    symbol.setArguments(std::move(arguments));
+    verifyArgumentsOfSymbol(symbol);
+}
+
+/// They are those that a walk of the whole symbol finds.
+void QVParse::verifyArgumentsOfSymbol(const QVParseSymbol &symbol) {
+#if defined(QUORVANE_VERIFY)
+    std::vector<const QVMatch *> matches;
+    symbol.match()->enumerateSubtreeUsingBlock([&](QVMatch *match, bool &, bool &skip) {
+        skip = isSymbolMatch(match);
+        if (isArgumentMatch(match))
+            matches.push_back(match);
+    });
+    std::vector<const QVMatch *> matchesOfArguments;
+    for (const auto &argument : symbol.argumentSymbols())
+        matchesOfArguments.push_back(argument->match());
+    QVAssert(matchesOfArguments == matches, u"A symbol has other arguments than its match says");
+#else
+    static_cast<void>(symbol);
+#endif
+}
+
 std::vector<std::shared_ptr<QVParseSymbol>> QVParse::argumentsForSymbol(const QVParseSymbol &symbol) const {
     std::vector<std::shared_ptr<QVParseSymbol>> arguments;
-    QVScopeMatch *const owner = symbol.match();
-    if (owner == nullptr)
+    if (symbol.match() == nullptr)
         return arguments;
-    owner->enumerateSubtreeUsingBlock([&](QVMatch *visited, bool &, bool &skip) {
+    symbol.match()->enumerateSubtreeUsingBlock([&](QVMatch *visited, bool &, bool &skip) {
         QVScopeMatch *const match = visited->asScopeMatch();
-        const QVScopeSymbolOptions *const options = match->scope()->symbolOptions().get();
-        if (options == nullptr || options->symbolType() == QVSymbolTypeNone)
-            return;
         // What stands in another symbol is not this one's.
-        skip = true;
-        if (options->symbolType() != QVSymbolTypeArgument)
-            return;
-        auto argument = std::make_shared<QVParseSymbol>();
-        argument->setMatch(match);
-        argument->setSymbolType(QVSymbolTypeArgument);
-        argument->setRange(owner->range());
-        argument->setEndRange(owner->endRange());
-        associateNameForSymbol(*argument, nullptr);
-        // A comment may be an argument and a bookmark: the list's symbol keeps the link, by which it is found
-        // when the match goes.
-        if (const QVParseSymbol *const present = match->symbol(); !present || !present->isAutogenerated())
-            match->setSymbol(argument.get());
-        arguments.push_back(std::move(argument));
+        skip = isSymbolMatch(match);
+        if (isArgumentMatch(match))
+            arguments.push_back(argumentForMatch(match, symbol));
     });
     return arguments;
+}
+
+std::shared_ptr<QVParseSymbol> QVParse::argumentForMatch(QVScopeMatch *match,
+                                                         const QVParseSymbol &owner) const {
+    auto argument = std::make_shared<QVParseSymbol>();
+    argument->setMatch(match);
+    argument->setSymbolType(QVSymbolTypeArgument);
+    argument->setRange(owner.match()->range());
+    argument->setEndRange(owner.match()->endRange());
+    associateNameForSymbol(*argument, nullptr);
+    // A comment may be an argument and a bookmark: the list's symbol keeps the link, by which it is found
+    // when the match goes.
+    if (const QVParseSymbol *const present = match->symbol(); !present || !present->isAutogenerated())
+        match->setSymbol(argument.get());
+    return argument;
 }
 
 NSString QVParse::textInRange(NSRange range) const {

@@ -429,6 +429,10 @@ private:
     bool passesFilters(const QVScopeMatch *match, const QVScopeSymbolOptions &options);
     void findSyntaxOfSymbol(QVParseSymbol &symbol) const;
     void captureArgumentsOfSymbol(QVParseSymbol &symbol) const;
+    void captureArgumentsOfSymbol(QVParseSymbol &symbol, NSRange parsedRange,
+                                  const QVMatch *startingWithMatch, const QVSymbolEdit &edit) const;
+    static void verifyArgumentsOfSymbol(const QVParseSymbol &symbol);
+    std::shared_ptr<QVParseSymbol> argumentForMatch(QVScopeMatch *match, const QVParseSymbol &owner) const;
     bool updateBookmark(QVParseSymbol &symbol) const;
     void symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatch, QVSymbolEdit *edit);
     void insertSymbols(Symbols made, NSUInteger location, QVSymbolEdit &edit);

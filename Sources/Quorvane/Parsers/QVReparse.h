@@ -100,7 +100,7 @@ private:
     bool isReplaced(const QVMatch *match) const;
     void removeOldMatches();
     void noteCapturingSymbols();
-    void noteSymbol(const QVScopeMatch *match, NSIndexSet &indexes) const;
+    void noteSymbol(const QVScopeMatch *match, NSIndexSet &indexes);
     void removeSymbols(const NSIndexSet &indexes);
     NSUInteger indexOfOldMatch(const QVScopeMatch *match);
     void endOpenRegionsAtTextEnd();

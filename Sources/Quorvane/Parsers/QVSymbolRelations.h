@@ -20,6 +20,8 @@ struct QVSymbolEdit {
     std::vector<QVParseSymbol *> capturing;
     /// Symbols that went: held to the end, so that no new one is taken for one of them.
     QVParseSymbol::Symbols removed;
+    /// Arguments whose matches went, by their addresses.
+    std::vector<const QVParseSymbol *> goneArguments;
     /// Contexts that were closed by symbols that went, to begin with; the pass adds all whose end changes.
     std::vector<QVParseSymbol *> opened;
     /// The part of the list where symbols went, and from `insertSymbols` on, where they came.

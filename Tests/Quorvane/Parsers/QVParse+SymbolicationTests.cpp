@@ -295,6 +295,31 @@ TEST_F(Symbolication, AnEditInsideAFunctionFindsItsArgumentsAnew) {
         EXPECT_EQ(argument->match()->symbol(), argument.get());
 }
 
+TEST_F(Symbolication, OfALongFunctionTheArgumentsInFrontOfAnEditAndBehindItStay) {
+    start(functions + words, u"f(a,\nb,\nc,\nd,\ne,\ng,\nh,\ni,\nj)");
+    ASSERT_EQ(symbol(0)->argumentSymbols().size(), 9u);
+    edit({14, 1}, u"xyz, k");
+    EXPECT_EQ(drawnSymbols(symbol(0)->argumentSymbols()), "argument a 2+1\n"
+                                                          "argument b 5+1\n"
+                                                          "argument c 8+1\n"
+                                                          "argument d 11+1\n"
+                                                          "argument xyz 14+3\n"
+                                                          "argument k 19+1\n"
+                                                          "argument g 22+1\n"
+                                                          "argument h 25+1\n"
+                                                          "argument i 28+1\n"
+                                                          "argument j 31+1\n");
+    for (const auto &argument : symbol(0)->argumentSymbols())
+        EXPECT_EQ(argument->match()->symbol(), argument.get());
+    // A line with arguments goes, and what is left of it stands in the one before.
+    edit({10, 17}, u"");
+    EXPECT_EQ(drawnSymbols(symbol(0)->argumentSymbols()), "argument a 2+1\n"
+                                                          "argument b 5+1\n"
+                                                          "argument c 8+1\n"
+                                                          "argument i 11+1\n"
+                                                          "argument j 14+1\n");
+}
+
 TEST_F(Symbolication, TheArgumentsOfAFunctionBehindAnEditMoveWithIt) {
     start(functions + words, u"a\nb\nc\nf(d)");
     const auto argument = symbol(0)->argumentSymbols().at(0);
