@@ -8,14 +8,6 @@ namespace quorvane {
 
 namespace {
 
-/// Compiling patterns together costs as much as a few dozen questions, so what is hardly ever asked is asked
-/// one by one.
-#ifdef QUORVANE_VERIFY
-constexpr std::uint32_t timesAskedBeforeCombining = 1;
-#else
-constexpr std::uint32_t timesAskedBeforeCombining = 16;
-#endif
-
 constexpr char16_t lowerCase(char16_t unit) {
     return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 0x20) : unit;
 }

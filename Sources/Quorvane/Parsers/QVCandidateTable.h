@@ -10,6 +10,14 @@ namespace quorvane {
 
 class QVScope;
 
+/// Compiling patterns together costs as much as a few dozen questions, so what is hardly ever asked is asked
+/// one by one.
+#ifdef QUORVANE_VERIFY
+inline constexpr std::uint32_t timesAskedBeforeCombining = 1;
+#else
+inline constexpr std::uint32_t timesAskedBeforeCombining = 16;
+#endif
+
 /// The patterns of a list of scopes, laid out by the units that their matches can begin with: for each unit
 /// the few patterns that are worth a try at a place that holds it, compiled into one, and the words of all
 /// word lists in one dictionary. Made once for each list; the parser walks along lines with it

@@ -7,6 +7,7 @@
 // follow each other whether they are taken or not, so each pattern is asked for its chain of hits, and only
 // as far as needed.
 
+#include "Platform/Foundation/NSAssertionHandler.h"
 #include "Quorvane/Parsers/QVParsePass.h"
 #include "Quorvane/Parsers/QVParseText.h"
 #include "Quorvane/RegularExpressions/QVRegularExpressionMatchContext.h"
@@ -51,6 +52,10 @@ QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &paren
         const Plan::Entry &entry = plan.entries[index];
         const bool isTabled = QVCandidateTable::canHold(*entry.scope, entry.search->expression());
         (isTabled ? plan.tabled : plan.untabled).members.push_back(index);
+        const QVRegularExpression &expression = entry.search->expression();
+        if (!isTabled && expression.startsAtLineStartsAlone() &&
+            QVCombinedExpression::canCombineByIndex(expression))
+            plan.untabled.lineStarters.push_back(index);
         if (isTabled)
             patterns.push_back({entry.scope, entry.search.get(), index,
                                 entry.scope->type() == QVScopeTypeMatch && entry.scope->captures().empty() &&
@@ -181,10 +186,18 @@ void QVParse::startPart(Level &level, bool tabled, const QVParseLine &line, cons
     if (part.members.empty())
         return;
     part.beginLine(plan.entries, line, context.text, context.generation);
+    const std::uint32_t firstStarter = tabled ? 0 : firstLineStarter(plan, line, context);
+    auto starter = part.lineStarters.begin();
     // What has nothing left on this line is not asked again when a region on it has ended.
     std::size_t kept = 0;
     for (const std::uint32_t index : part.alive) {
         const Plan::Entry &entry = plan.entries[index];
+        while (starter != part.lineStarters.end() && *starter < index)
+            ++starter;
+        if (index < firstStarter && starter != part.lineStarters.end() && *starter == index) {
+            verifyNoHit(entry.search->expression(), line, context);
+            continue;
+        }
         Stream stream{entry.scope, entry.search.get(), entry.scope->type() == QVScopeTypeCutoff, false,
                       static_cast<std::int32_t>(index)};
         if (stream.reportsEmptyHits())
@@ -195,6 +208,38 @@ void QVParse::startPart(Level &level, bool tabled, const QVParseLine &line, cons
             part.alive[kept++] = index;
     }
     part.alive.resize(kept);
+}
+
+std::uint32_t QVParse::firstLineStarter(Plan &plan, const QVParseLine &line, const QVSearchContext &context) {
+    Plan::Part &part = plan.untabled;
+    if (part.lineStarters.size() < 2 || !line.startsLine || line.holdsLineStarts || line.hasSurrogates)
+        return 0;
+    if (part.timesAskedAtLineStart < timesAskedBeforeCombining) {
+        if (++part.timesAskedAtLineStart < timesAskedBeforeCombining)
+            return 0;
+        std::vector<std::shared_ptr<const QVRegularExpression>> expressions;
+        for (const std::uint32_t index : part.lineStarters)
+            expressions.push_back(plan.entries[index].search->sharedExpression());
+        part.atLineStart = QVCombinedExpression::combinedExpressionForExpressions(expressions);
+    }
+    if (!part.atLineStart)
+        return 0;
+    const std::int32_t index =
+        part.atLineStart->firstAtLocation(line.start, context.text, context.matchContext);
+    if (index == QVCombinedExpression::noExpression)
+        return static_cast<std::uint32_t>(plan.entries.size());
+    return index < 0 ? 0 : part.lineStarters[static_cast<std::size_t>(index)];
+}
+
+void QVParse::verifyNoHit([[maybe_unused]] const QVRegularExpression &expression,
+                          [[maybe_unused]] const QVParseLine &line,
+                          [[maybe_unused]] const QVSearchContext &context) {
+#if defined(QUORVANE_VERIFY)
+    const QVMatchingOutcome outcome = expression.directSearchInCharacters(
+        context.text.data(), context.text.size(), {line.start, line.length()}, context.matchContext, false);
+    QVAssert(outcome.kind == QVMatchingOutcome::Finished,
+             u"A pattern hits at a line's start where all together hit nothing");
+#endif
 }
 
 const QVParse::Stream *QVParse::bestOfStreams(Level &level, NSUInteger open, const QVParseLine &line,

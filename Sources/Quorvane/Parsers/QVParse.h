@@ -349,6 +349,12 @@ private:
     Step matchLineRemembering(Level &level, QVScopeMatchArray &intoTree, const QVParseLine &line,
                               NSUInteger end);
     void startPart(Level &level, bool tabled, const QVParseLine &line, const QVSearchContext &context);
+    /// The first entry of a plan that may hit at the line's start, where those that can only hit there are
+    /// asked together; what comes before it among them doesn't.
+    static std::uint32_t firstLineStarter(Plan &plan, const QVParseLine &line,
+                                          const QVSearchContext &context);
+    static void verifyNoHit(const QVRegularExpression &expression, const QVParseLine &line,
+                            const QVSearchContext &context);
     /// The best of what the level's streams find from `open` on; null where they have nothing left.
     const Stream *bestOfStreams(Level &level, NSUInteger open, const QVParseLine &line,
                                 const QVSearchContext &context);

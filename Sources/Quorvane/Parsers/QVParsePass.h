@@ -54,6 +54,11 @@ struct QVParse::Plan {
     struct Part {
         std::vector<std::uint32_t> members;
         std::vector<std::uint32_t> alive;
+        /// Members that can only hit at a line's start, in order, and all of them in one, once they were
+        /// asked often enough: most lines begin none of them.
+        std::vector<std::uint32_t> lineStarters;
+        std::uint32_t timesAskedAtLineStart = 0;
+        std::shared_ptr<const QVCombinedExpression> atLineStart;
         std::uint64_t aliveGeneration = 0;
         NSUInteger aliveFrom = 0;
         NSUInteger aliveEnd = 0;

@@ -47,19 +47,20 @@ std::mutex &keptLock() {
 } // namespace
 
 bool QVCombinedExpression::canCombine(const QVRegularExpression &expression) {
+    return expression.canBeRemembered() && canCombineByIndex(expression);
+}
+
+bool QVCombinedExpression::canCombineByIndex(const QVRegularExpression &expression) {
     using Combines = QVRegularExpression::Combines;
     Combines known = expression._combines.load(std::memory_order_relaxed);
     if (known == Combines::Unknown) {
-        known = isCombinable(expression) ? Combines::Yes : Combines::No;
+        const bool combines =
+            expression.isJITEnabled() && (expression.options() & ~separateOptions) == commonOptions &&
+            !expression.hasReferences() && !mayDependOnItsSurroundings(expression.pattern());
+        known = combines ? Combines::Yes : Combines::No;
         expression._combines.store(known, std::memory_order_relaxed);
     }
     return known == Combines::Yes;
-}
-
-bool QVCombinedExpression::isCombinable(const QVRegularExpression &expression) {
-    return expression.isJITEnabled() && expression.canBeRemembered() &&
-           (expression.options() & ~separateOptions) == commonOptions && !expression.hasReferences() &&
-           !mayDependOnItsSurroundings(expression.pattern());
 }
 
 std::shared_ptr<const QVCombinedExpression>
@@ -137,21 +138,29 @@ QVCombinedExpression::~QVCombinedExpression() { pcre2_code_free_16(_code); }
     return nullptr;
 }
 
-QVCombinedExpression::Answer
-QVCombinedExpression::matchAtLocation(NSUInteger location, std::u16string_view text,
-                                      QVRegularExpressionMatchContext &context) const {
+std::int32_t QVCombinedExpression::firstAtLocation(NSUInteger location, std::u16string_view text,
+                                                   QVRegularExpressionMatchContext &context) const {
     context.prepareForGroups(0);
     pcre2_match_data_16 *const data = context.matchData();
     // The context's own limits are for searches: no offset limit holds here.
     const int result = pcre2_jit_match_16(_code, pcre2Characters(text.data()), text.size(), location,
                                           PCRE2_NO_UTF_CHECK, data, nullptr);
     if (result < 0)
-        return {result == PCRE2_ERROR_NOMATCH ? noExpression : unknownExpression, 0};
+        return result == PCRE2_ERROR_NOMATCH ? noExpression : unknownExpression;
     const PCRE2_SPTR16 mark = pcre2_get_mark_16(data);
-    const PCRE2_SIZE *const vector = pcre2_get_ovector_pointer_16(data);
-    if (mark == nullptr || vector[0] != location || vector[1] < location)
+    return mark == nullptr ? unknownExpression : static_cast<std::int32_t>(*mark - firstMark);
+}
+
+QVCombinedExpression::Answer
+QVCombinedExpression::matchAtLocation(NSUInteger location, std::u16string_view text,
+                                      QVRegularExpressionMatchContext &context) const {
+    const std::int32_t index = firstAtLocation(location, text, context);
+    if (index < 0)
+        return {index, 0};
+    const PCRE2_SIZE *const vector = pcre2_get_ovector_pointer_16(context.matchData());
+    if (vector[0] != location || vector[1] < location)
         return {unknownExpression, 0};
-    return {static_cast<std::int32_t>(*mark - firstMark), vector[1]};
+    return {index, vector[1]};
 }
 
 } // namespace quorvane

@@ -17,9 +17,11 @@ public:
     /// Whether a pattern keeps its meaning beside others: it runs as machine code, refers to no group, and
     /// depends on nothing but the text around the place where it is tried.
     static bool canCombine(const QVRegularExpression &expression);
+    /// Whether at least `firstAtLocation` can be asked for it: its match may begin elsewhere.
+    static bool canCombineByIndex(const QVRegularExpression &expression);
 
     /// One object for the same expressions in the same order, kept for as long as the first of them lives:
-    /// the next document in a language finds it ready. Each must pass `canCombine`. Null where the machine
+    /// the next document in a language finds it ready. Each must pass one of the two. Null where the machine
     /// code can't be made.
     static std::shared_ptr<const QVCombinedExpression>
     combinedExpressionForExpressions(Expressions expressions);
@@ -39,13 +41,17 @@ public:
     };
     /// Tries the expressions at a place that is no half of a character. The text is the whole buffer: what a
     /// match may look at and reach is not limited. Overwrites the context's match data.
+    /// For those that pass `canCombine`.
     Answer matchAtLocation(NSUInteger location, std::u16string_view text,
                            QVRegularExpressionMatchContext &context) const;
+    /// Which of the expressions matches, or one of the two constants. Those before it don't match at the
+    /// place.
+    std::int32_t firstAtLocation(NSUInteger location, std::u16string_view text,
+                                 QVRegularExpressionMatchContext &context) const;
 
 private:
     QVCombinedExpression(::pcre2_real_code_16 *code, Expressions expressions)
         : _code(code), _expressions(expressions.begin(), expressions.end()) {}
-    static bool isCombinable(const QVRegularExpression &expression);
     bool isOf(Expressions others) const;
     /// Whether some of the expressions are gone.
     bool isForsaken() const;

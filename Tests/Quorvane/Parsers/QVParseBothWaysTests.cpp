@@ -131,3 +131,37 @@ TEST(QVParseBothWays, BehindARegionALineHasNoStart) {
               "Whitespace whitespace [7,2]\n"
               "Match moved [9,1]\n");
 }
+
+TEST(QVParseBothWays, PatternsForLineStartsAreAskedTogetherAndTheFirstInOrderHits) {
+    // Enough lines for them to be compiled into one.
+    const auto scope = [](const char *name, const char *pattern) {
+        return std::string("<scope name=\"") + name + "\"><expression>" + pattern + "</expression></scope>";
+    };
+    const std::string scopes = scope("one", "^\\x20*\\Ka(?=1)") + scope("two", "^\\x20*\\K(\\w)(?=[12])") +
+                               scope("three", "^\\x20*\\K[ab]\\w?") + scope("letter", "\\w");
+    std::u16string text;
+    std::string tree;
+    NSUInteger place = 0;
+    const auto line = [&](std::u16string_view content, std::initializer_list<const char *> matches) {
+        text += content;
+        text += u'\n';
+        for (const char *match : matches) {
+            const std::string name(match);
+            const NSUInteger length = name == "three" && content.size() > 1 ? 2 : 1;
+            tree += (name == "blank" ? "Whitespace whitespace [" : "Match " + name + " [") +
+                    std::to_string(place) + "," + std::to_string(length) + "]\n";
+            place += length;
+        }
+        tree += "Newline newline [" + std::to_string(place++) + ",1]\n";
+    };
+    for (int turn = 0; turn < 12; ++turn) {
+        line(u"a1", {"one", "letter"});
+        line(u"c2", {"two", "letter"});
+        line(u"b3", {"three"});
+        line(u"c3", {"letter", "letter"});
+        line(u" a1", {"blank", "one", "letter"});
+        line(u"a", {"three"});
+        line(u"", {});
+    }
+    EXPECT_EQ(treeOfText(scopes, text), tree);
+}
