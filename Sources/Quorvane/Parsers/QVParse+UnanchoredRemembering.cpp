@@ -120,11 +120,15 @@ QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVPars
     QVPCRE2MatchData *matchData = nullptr;
     if (needsGroups) {
         const QVRegularExpression &expression = stream.search->expression();
-        const NSUInteger from = expression.canBeRemembered() ? stream.hit.location : stream.searchedFrom;
-        const QVMatchingOutcome outcome = expression.directSearchInCharacters(
-            _text->characters(), _text->length(), {from, line.contentsEnd - from}, *_regexMatchContext,
-            stream.interpreted);
-        if (outcome.kind == QVMatchingOutcome::Hit && outcome.range == stream.hit)
+        const auto findsHitFrom = [&](NSUInteger from) {
+            const QVMatchingOutcome outcome = expression.directSearchInCharacters(
+                _text->characters(), _text->length(), {from, line.contentsEnd - from}, *_regexMatchContext,
+                stream.interpreted);
+            return outcome.kind == QVMatchingOutcome::Hit && outcome.range == stream.hit;
+        };
+        // Beside halves of characters a search may step over its place.
+        if ((expression.canBeRemembered() && findsHitFrom(stream.hit.location)) ||
+            findsHitFrom(stream.searchedFrom))
             matchData = _regexMatchContext->matchData();
     }
     if (stream.isCutoff)

@@ -141,13 +141,13 @@ TEST(QVParseBothWays, PatternsForLineStartsAreAskedTogetherAndTheFirstInOrderHit
                                scope("three", "^\\x20*\\K[ab]\\w?") + scope("letter", "\\w");
     std::u16string text;
     std::string tree;
-    NSUInteger place = 0;
+    std::size_t place = 0;
     const auto line = [&](std::u16string_view content, std::initializer_list<const char *> matches) {
         text += content;
         text += u'\n';
         for (const char *match : matches) {
             const std::string name(match);
-            const NSUInteger length = name == "three" && content.size() > 1 ? 2 : 1;
+            const std::size_t length = name == "three" && content.size() > 1 ? 2 : 1;
             tree += (name == "blank" ? "Whitespace whitespace [" : "Match " + name + " [") +
                     std::to_string(place) + "," + std::to_string(length) + "]\n";
             place += length;
@@ -164,4 +164,15 @@ TEST(QVParseBothWays, PatternsForLineStartsAreAskedTogetherAndTheFirstInOrderHit
         line(u"", {});
     }
     EXPECT_EQ(treeOfText(scopes, text), tree);
+}
+
+TEST(QVParseBothWays, AnEndBehindHalfACharacterKeepsItsCaptures) {
+    const std::string tree =
+        treeOfText("<scope name=\"it\"><starts-with><expression>&lt;</expression></starts-with>"
+                   "<ends-with><expression>\"|(?&lt;![^a])</expression>"
+                   "<capture number=\"0\" name=\"group\"/></ends-with></scope>",
+                   std::u16string(u"<b") + char16_t(0xD83D));
+    EXPECT_EQ(tree, "StartEnd it [0,1] end[3,0]\n"
+                    "  Unknown unknown [1,2]\n"
+                    "  @end 0 group [3,0]\n");
 }
