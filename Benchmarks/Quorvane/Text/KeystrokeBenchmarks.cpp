@@ -3,10 +3,10 @@
 //
 //   median_us, p99_us   the main thread's time for one of 2000 letters that are typed in one place
 //   to_text             the median to that of the text alone
-//   wake_us             handing the parse an empty task, which is the bound of a keystroke that starts a
-//   reparse colours_us          from the keystroke until its colours are applied, with the parse's work;
-//   median colours_p99_us      the same, 99th percentile apply_us            the main thread's part of taking
-//   the colours in
+//   wake_us             handing the parse an empty task, the bound of a keystroke that starts a reparse
+//   colours_us          from the keystroke until its colours are applied, with the parse's work; median
+//   colours_p99_us      the same, 99th percentile
+//   apply_us            the main thread's part of taking the colours in
 //
 // "Idle" waits for the colours of each letter, so that each keystroke starts a reparse; "Burst" types on
 // while one runs. QUORVANE_BENCHMARK_HUGE=1 takes a text of 100 MB as well. Times are those of the clock, not
