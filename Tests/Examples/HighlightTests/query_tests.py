@@ -79,6 +79,30 @@ class QueryTests(HighlightCase):
         self.assert_occurrences("typescript", "type Key = string\nlet k: ¦Key, l: Key[]\n",
                                 "1:6", "2:8", "2:16")
 
+    # C and C++
+
+    def test_variables_of_c_end_with_their_function(self):
+        text = "int f(void) {\n    char *a = 0;\n    return %sa;\n}\nint g(void) { return %sa; }\n"
+        self.assert_definition("c", text % ("¦", ""), "2:11: variable a in f")
+        self.assert_definition("c", text % ("", "¦"), None)
+        self.assert_occurrences("c", text % ("¦", ""), "2:11", "3:12")
+
+    def test_what_only_looks_like_a_variable_of_c_is_none(self):
+        self.assert_definition("c", "void f(void) { x = y *¦z; }\n", None)
+        self.assert_definition("c", "int f(void) { return ¦z; }\n", None)
+        self.assert_definition("c", "void f(void) { if (x) y = 1; else ¦z = 2; }\n", None)
+        self.assert_definition("cpp", "void f() { std::cin >> ¦z; throw z; }\n", None)
+
+    def test_what_loops_and_conditions_declare_is_found(self):
+        self.assert_definition("c", "void f(void) {\n    for (int i = 0; ¦i < 9; i++) {}\n}\n", "2:14: variable i in f")
+        self.assert_definition("cpp", "void f() {\n    for (const auto &x : y) g(¦x);\n}\n",
+                               "2:22: variable x in f")
+        self.assert_definition("cpp", "void f() {\n    if (auto p = g(); ¦p) {}\n}\n", "2:14: variable p in f")
+
+    def test_variables_of_cpp_may_have_types_with_arguments(self):
+        self.assert_definition("cpp", "void f() {\n    std::vector<int> v{1};\n    g(¦v);\n}\n",
+                               "2:22: variable v in f")
+
     # Python
 
     def test_variables_of_python_belong_to_their_function(self):

@@ -41,3 +41,17 @@ int main() {
     std::vector<int> numbers{1, 2};
     return static_cast<int>(numbers.size());
 }
+
+int locals(std::vector<int> &input) {
+    std::map<int, int> counts;
+    const auto &first = input.front();
+    Shape shape{1};
+    int *raw = new int;
+    size_t value;
+    value = first *value;
+    std::cin >> value;
+    for (auto &each : input)
+        if (auto found = counts.find(each); found != counts.end()) throw value;
+    delete raw;
+    return value;
+}
