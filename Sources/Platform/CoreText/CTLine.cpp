@@ -53,9 +53,11 @@ CGFloat setGlyphs(Stretch &stretch, std::u16string_view text, NSRange range, CGF
     hb_buffer_add_utf16(buffer.get(), reinterpret_cast<const std::uint16_t *>(text.data()),
                         static_cast<int>(text.size()), static_cast<unsigned>(range.location),
                         static_cast<int>(range.length));
+    // Else the guess takes the language of the process, by which fonts may differ from machine to machine.
+    // The library keeps languages in a list without locks, so one thread enters this one for all.
+    static const hb_language_t english = hb_language_from_string("en", -1);
+    hb_buffer_set_language(buffer.get(), english);
     hb_buffer_guess_segment_properties(buffer.get());
-    // The guess takes the language of the process, by which fonts may differ from machine to machine.
-    hb_buffer_set_language(buffer.get(), hb_language_from_string("en", -1));
     hb_shape(shaper, buffer.get(), nullptr, 0);
 
     unsigned count = 0;
