@@ -11,13 +11,14 @@ constexpr int defaultTabStops = 12;
 } // namespace
 
 const std::shared_ptr<const NSParagraphStyle> &NSParagraphStyle::defaultParagraphStyle() {
-    static const std::shared_ptr<const NSParagraphStyle> style = [] {
+    // Never destroyed: text may be laid out while the process ends.
+    static const auto *const style = [] {
         auto made = std::make_shared<NSParagraphStyle>();
         for (int stop = 1; stop <= defaultTabStops; ++stop)
             made->_tabStops.push_back(stop * defaultTabDistance);
-        return made;
+        return new std::shared_ptr<const NSParagraphStyle>(std::move(made));
     }();
-    return style;
+    return *style;
 }
 
 std::shared_ptr<NSParagraphStyle> NSParagraphStyle::mutableCopy() const {

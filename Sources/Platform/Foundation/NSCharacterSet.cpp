@@ -98,58 +98,63 @@ struct NSCharacterSetFactory {
 NSCharacterSet::NSCharacterSet() = default;
 NSCharacterSet::~NSCharacterSet() = default;
 
+// None of these is ever destroyed: parses ask for them on their queues while the process ends.
+
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::alphanumericCharacterSet() {
-    static const auto set = NSCharacterSetFactory::withCategories(U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK);
+    static const auto &set =
+        *new auto(NSCharacterSetFactory::withCategories(U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::letterCharacterSet() {
-    static const auto set = NSCharacterSetFactory::withCategories(U_GC_L_MASK | U_GC_M_MASK);
+    static const auto &set = *new auto(NSCharacterSetFactory::withCategories(U_GC_L_MASK | U_GC_M_MASK));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::lowercaseLetterCharacterSet() {
-    static const auto set = NSCharacterSetFactory::withCategories(U_GC_LL_MASK);
+    static const auto &set = *new auto(NSCharacterSetFactory::withCategories(U_GC_LL_MASK));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::uppercaseLetterCharacterSet() {
-    static const auto set = NSCharacterSetFactory::withCategories(U_GC_LU_MASK | U_GC_LT_MASK);
+    static const auto &set = *new auto(NSCharacterSetFactory::withCategories(U_GC_LU_MASK | U_GC_LT_MASK));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::decimalDigitCharacterSet() {
-    static const auto set = NSCharacterSetFactory::withCategories(U_GC_ND_MASK);
+    static const auto &set = *new auto(NSCharacterSetFactory::withCategories(U_GC_ND_MASK));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::punctuationCharacterSet() {
-    static const auto set = NSCharacterSetFactory::withCategories(U_GC_P_MASK);
+    static const auto &set = *new auto(NSCharacterSetFactory::withCategories(U_GC_P_MASK));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::symbolCharacterSet() {
-    static const auto set = NSCharacterSetFactory::withCategories(U_GC_S_MASK);
+    static const auto &set = *new auto(NSCharacterSetFactory::withCategories(U_GC_S_MASK));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::whitespaceCharacterSet() {
-    static const auto set = NSCharacterSetFactory::withCategories(U_GC_ZS_MASK, {{U'\t', U'\t'}});
+    static const auto &set = *new auto(NSCharacterSetFactory::withCategories(U_GC_ZS_MASK, {{U'\t', U'\t'}}));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::newlineCharacterSet() {
-    static const auto set = NSCharacterSetFactory::withRanges({{0x0A, 0x0D}, {0x85, 0x85}, {0x2028, 0x2029}});
+    static const auto &set =
+        *new auto(NSCharacterSetFactory::withRanges({{0x0A, 0x0D}, {0x85, 0x85}, {0x2028, 0x2029}}));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::whitespaceAndNewlineCharacterSet() {
-    static const auto set = whitespaceCharacterSet()->characterSetByFormingUnion(*newlineCharacterSet());
+    static const auto &set =
+        *new auto(whitespaceCharacterSet()->characterSetByFormingUnion(*newlineCharacterSet()));
     return set;
 }
 
 std::shared_ptr<const NSCharacterSet> NSCharacterSet::emptyCharacterSet() {
-    static const std::shared_ptr<const NSCharacterSet> set = NSCharacterSetFactory::make();
+    static const auto &set = *new std::shared_ptr<const NSCharacterSet>(NSCharacterSetFactory::make());
     return set;
 }
 

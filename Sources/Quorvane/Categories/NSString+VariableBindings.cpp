@@ -42,7 +42,9 @@ public:
             else
                 piece.text = u"$";
         } else {
-            static const auto special = NSCharacterSet::characterSetWithCharactersInString(u"\\$");
+            // Never destroyed: completions are made on queues while the process ends.
+            static const auto &special =
+                *new auto(NSCharacterSet::characterSetWithCharactersInString(u"\\$"));
             _scanner.scanUpToCharactersFromSet(*special, &piece.text);
         }
         return true;

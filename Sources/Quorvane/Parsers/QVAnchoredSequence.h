@@ -16,7 +16,7 @@ struct QVAnchoredSequence {
 
     /// Null where the sequence is used up.
     const std::shared_ptr<QVScope> &current() const {
-        static const std::shared_ptr<QVScope> none;
+        static const auto &none = *new std::shared_ptr<QVScope>;
         return index < scopes->size() ? (*scopes)[index] : none;
     }
     void advance() {

@@ -16,7 +16,7 @@ namespace {
 
 /// The run of blanks at a position.
 NSRange whitespaceAt(std::u16string_view text, NSUInteger location, NSUInteger end) {
-    static const std::shared_ptr<const NSCharacterSet> whitespace = NSCharacterSet::whitespaceCharacterSet();
+    static const auto &whitespace = *new auto(NSCharacterSet::whitespaceCharacterSet());
     NSUInteger behind = location;
     while (behind < end && whitespace->characterIsMember(text[behind]))
         ++behind;

@@ -77,7 +77,7 @@ private:
 };
 
 bool isContent(const QVSimpleSelector *selector) {
-    static const NSString content = u"content";
+    static const auto &content = *new NSString(u"content");
     return selector != nullptr && selector->classes().contains(content);
 }
 
@@ -92,7 +92,7 @@ const QVMatch *contentCapture(const QVCaptureMatchArray *captures) {
 /// The text without blank lines around it and without the indentation that all lines share. Blank lines
 /// between the others count as not indented.
 NSString cleanedComment(std::u16string_view text, NSUInteger tabWidth) {
-    static const auto blanks = NSCharacterSet::whitespaceAndNewlineCharacterSet();
+    static const auto &blanks = *new auto(NSCharacterSet::whitespaceAndNewlineCharacterSet());
     struct Line {
         std::u16string_view text;
         NSUInteger level = 0;

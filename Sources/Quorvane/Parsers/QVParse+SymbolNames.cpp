@@ -19,7 +19,7 @@ namespace quorvane {
 namespace {
 
 const NSCharacterSet &blanksAndNewlines() {
-    static const auto set = NSCharacterSet::whitespaceAndNewlineCharacterSet();
+    static const auto &set = *new auto(NSCharacterSet::whitespaceAndNewlineCharacterSet());
     return *set;
 }
 
@@ -85,7 +85,7 @@ template <typename Fits> const QVMatch *firstThatFits(const QVCaptureMatchArray 
 }
 
 bool isContent(const QVMatch *capture) {
-    static const NSString content = u"content";
+    static const auto &content = *new NSString(u"content");
     const QVSimpleSelector *const selector = capture->selector();
     return selector != nullptr && selector->classes().contains(content);
 }
@@ -196,7 +196,7 @@ NSRange QVParse::rangeWithinSymbol(const QVParseSymbol &symbol, const NSString &
 // Bookmarks
 
 NSRange QVParse::bookmarkRangeForMatch(const QVScopeMatch *match, NSRange *nameRange) const {
-    static const auto newlines = NSCharacterSet::newlineCharacterSet();
+    static const auto &newlines = *new auto(NSCharacterSet::newlineCharacterSet());
     if (nameRange != nullptr)
         *nameRange = NSNotFoundRange;
     const NSRange content = match ? contentOfComment(match) : NSNotFoundRange;

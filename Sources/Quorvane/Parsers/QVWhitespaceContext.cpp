@@ -8,7 +8,7 @@ namespace {
 
 /// The end of the blanks that a line begins with; where all of it is blank, its end.
 NSUInteger endOfLeadingBlanks(std::u16string_view text, NSRange line) {
-    static const auto blanks = NSCharacterSet::whitespaceAndNewlineCharacterSet();
+    static const auto &blanks = *new auto(NSCharacterSet::whitespaceAndNewlineCharacterSet());
     NSUInteger location = line.location;
     while (location < NSMaxRange(line) && blanks->characterIsMember(text[location]))
         ++location;

@@ -17,7 +17,8 @@ ReadWriteLock &lock() {
 }
 
 const std::shared_ptr<const QVStyleList::Styles> &emptyStyles() {
-    static const auto empty = std::make_shared<const QVStyleList::Styles>();
+    // Never destroyed: a grammar may be unpacked while the process ends.
+    static const auto &empty = *new auto(std::make_shared<const QVStyleList::Styles>());
     return empty;
 }
 

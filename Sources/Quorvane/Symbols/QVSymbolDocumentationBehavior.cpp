@@ -43,7 +43,8 @@ QVSymbolDocumentationBehavior::defaultBehaviorsForSymbolType(NSUInteger symbolTy
         !QVSymbolTypeIsValue(symbolType))
         return {};
     static std::mutex monitor;
-    static std::map<NSUInteger, std::shared_ptr<QVSymbolDocumentationBehavior>> behaviors;
+    // Never destroyed: documentation may be asked for while the process ends.
+    static auto &behaviors = *new std::map<NSUInteger, std::shared_ptr<QVSymbolDocumentationBehavior>>;
     const std::lock_guard guard(monitor);
     auto &behavior = behaviors[symbolType];
     if (!behavior)

@@ -130,7 +130,7 @@ template <typename Value> NSUInteger QVRLEArray<Value>::runIndexForIndex(NSUInte
 template <typename Value>
 const Value &QVRLEArray<Value>::objectAtIndex(NSUInteger index, NSRange *effectiveRange,
                                               NSUInteger *runIndex) const {
-    static const Value none{};
+    static const Value &none = *new Value{};
     if (index >= _count)
         QVThrowRLEArrayBounds(QVRLEArrayBounds::Index);
     Position at;

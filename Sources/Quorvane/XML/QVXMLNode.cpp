@@ -5,8 +5,9 @@
 namespace quorvane {
 
 const std::vector<std::shared_ptr<QVXMLNode>> &QVXMLNode::children() const {
-    static const std::vector<std::shared_ptr<QVXMLNode>> none;
-    return none;
+    // Never destroyed: packages may be read while the process ends.
+    static const auto *const none = new std::vector<std::shared_ptr<QVXMLNode>>;
+    return *none;
 }
 
 std::shared_ptr<QVXMLNode> QVXMLNode::childAtIndex(NSUInteger) const {
