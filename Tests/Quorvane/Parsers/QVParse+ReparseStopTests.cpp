@@ -3,6 +3,9 @@
 #include "Quorvane/Scopes/QVScope.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 #include "Tests/Quorvane/Parsers/ReparseFixture.h"
+#include "Tests/Support/Recorders.h"
+
+#include <gmock/gmock.h>
 
 using namespace quorvane;
 using namespace quorvane::test;
@@ -45,5 +48,42 @@ TEST_F(Reparse, ARegionAroundThatBeganEarlierStays) {
     ASSERT_EQ(outer->endRange(), (NSRange{11, 1}));
     edit({8, 0}, u")");
     EXPECT_EQ(child(2), outer);
+    EXPECT_EQ(tree(), freshTree());
+}
+
+// Trees that are broken: told, and thrown away for that of the whole text
+
+TEST_F(Reparse, AnOldMatchThatEndsBehindTheTextIsTold) {
+    start(comment + words, u"a\n/*b*/\nc\nd\n");
+    child(2)->setEndRange({1000, 2});
+    const AssertionRecorder assertions;
+    EXPECT_EQ(edit({4, 1}, u"x"), (NSRange{0, 12}));
+    EXPECT_THAT(assertions.messages(), testing::Contains(u"Extended parse range is invalid"));
+    EXPECT_FALSE(parse->isParsing());
+    EXPECT_EQ(tree(), freshTree());
+}
+
+TEST_F(Reparse, AMatchThatItsParentDoesNotKnowIsTold) {
+    start(comment + words, u"a\nb\nc\n/**/\n");
+    // The edit of "c" begins with the line of "b", so behind the first line's end.
+    child(1)->setParentMatch(child(6));
+    const AssertionRecorder assertions;
+    EXPECT_EQ(edit({4, 1}, u"x"), (NSRange{0, 11}));
+    EXPECT_THAT(assertions.messages(), testing::Contains(u"Invalid insertion index"));
+    EXPECT_EQ(tree(), freshTree());
+}
+
+/// "b" matches only above "cc", so nothing is found in the stretch, and how far the sequence goes is told by
+/// the line's end in front.
+TEST_F(Reparse, ASequenceThatGoesOnBehindTheTextIsTold) {
+    start(sequence(single("a", "a") + single("b", "b(?=\\ncc)") + single("c", "cc")) + words,
+          u"(a\nb\ncc\nd\n");
+    QVScopeMatch *const lineEnd = child(0)->submatches()[1];
+    ASSERT_EQ(lineEnd->range(), (NSRange{2, 1}));
+    lineEnd->setRange({2, 1000});
+    const AssertionRecorder assertions;
+    EXPECT_EQ(edit({5, 1}, u"x"), (NSRange{0, 10}));
+    EXPECT_THAT(assertions.messages(),
+                testing::Contains(u"Successful parse range is invalid: {3, 999} for string length 10"));
     EXPECT_EQ(tree(), freshTree());
 }
