@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/NSCharacterSet.h"
 #include "Platform/Foundation/NSLog.h"
+#include "Quorvane/Categories/NSCharacterSet+QuorvaneAdditions.h"
 #include "Quorvane/Formatters/QVFormatter.h"
 #include "Quorvane/Matches/QVCaptureMatch.h"
 #include "Quorvane/Parsers/QVParse.h"
@@ -196,7 +197,7 @@ NSRange QVParse::rangeWithinSymbol(const QVParseSymbol &symbol, const NSString &
 // Bookmarks
 
 NSRange QVParse::bookmarkRangeForMatch(const QVScopeMatch *match, NSRange *nameRange) const {
-    static const auto &newlines = *new auto(NSCharacterSet::newlineCharacterSet());
+    static const auto &newlines = *new auto(qv_newlineCharacterSet());
     if (nameRange != nullptr)
         *nameRange = NSNotFoundRange;
     const NSRange content = match ? contentOfComment(match) : NSNotFoundRange;

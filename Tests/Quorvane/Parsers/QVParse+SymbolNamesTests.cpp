@@ -295,7 +295,10 @@ TEST_F(Bookmarks, OfSeveralMarksTheLastCounts) { EXPECT_EQ(bookmarkOf(region, u"
 
 TEST_F(Bookmarks, TheNameEndsWithItsLine) {
     EXPECT_EQ(bookmarkOf(region, u"/*!a b\nc*/"), "2+6 3+3");
-    EXPECT_EQ(bookmarkOf(region, u"/*!a\u2028c*/"), "2+4 3+1");
+    EXPECT_EQ(bookmarkOf(region, u"/*!a\rc*/"), "2+4 3+1");
+    EXPECT_EQ(bookmarkOf(region, u"/*!a\r\nc*/"), "2+5 3+1");
+    // What ends lines elsewhere ends none here.
+    EXPECT_EQ(bookmarkOf(region, u"/*!a\u2028b\u0085c\u000Cd*/"), "2+8 3+7");
     // The mark alone, and then a line: the name is empty, and there.
     EXPECT_EQ(bookmarkOf(region, u"/*!\nc*/"), "2+3 3+0");
 }
