@@ -200,6 +200,16 @@ TEST_F(SymbolDocumentation, AScopeThatIsContentSaysWhatItsFirstChildDoes) {
     EXPECT_EQ(commentOf(u"<<>>f", found, region), u"");
 }
 
+TEST_F(SymbolDocumentation, ACaptureOfTheContentComesBeforeTheFirstChild) {
+    const std::string region = element(
+        "scope", named("doc.content"),
+        element("starts-with", "", expressionText("<<(a?)") + captureText(1, "content")) +
+            element("ends-with", "", expressionText(">>")) + subscopesText(matchText("inside", "\\w+")));
+    const std::string found = documentation("match='doc'");
+    EXPECT_EQ(commentOf(u"<<a b>>f", found, region), u"a");
+    EXPECT_EQ(commentOf(u"<<b c>>f", found, region), u"b");
+}
+
 TEST_F(SymbolDocumentation, ARegionThatNothingClosesReachesToTheTextsEnd) {
     EXPECT_EQ(commentOf(u"f /*a", documentation("mode='after' match='comment'")), u"a");
 }

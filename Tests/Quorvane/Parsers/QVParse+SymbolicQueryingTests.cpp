@@ -246,6 +246,33 @@ TEST_F(SymbolicQuerying, AUseBeforeItsDefinitionIsFoundInTheSameType) {
     EXPECT_EQ(definition(place(u"y")), "none");
 }
 
+TEST_F(SymbolicQuerying, WhatStandsBehindIsLookedForBehindTheInnermostConstructAround) {
+    // Not behind one that is over.
+    start(u"class A { fun g ( { } z def z }");
+    EXPECT_EQ(definition(place(u"z")), "none");
+    start(u"class A { fun g ( { } z def z } def z");
+    EXPECT_EQ(definition(place(u"z")), "property z@32");
+}
+
+TEST_F(SymbolicQuerying, AConstructIsNotTheOneAroundItself) {
+    const std::string functions =
+        matchText("call.identifier", "(\\w)!", captureText(1, "name") + symbolText("function"));
+    const std::string variables =
+        matchText("var", "\\$(\\w!)", captureText(1, "name") + symbolText("variable"));
+    const std::string braces = regionText(
+        "class", "\\{", "\\}", subscopesText(includeText("", "self")) + contextSymbol("class", "subtree"));
+    SymbolTest::start(braces + functions + variables, u" {f! $f!} $f!");
+    const QVMatch *const call = parse->matchAtLocation(2, false, nullptr);
+    ASSERT_EQ(call->range(), (NSRange{2, 2}));
+    // Its own name is another text; behind the class around it stands the one of its text.
+    const auto found = parse->symbolDefiningIdentifierAtMatch(call, nullptr);
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(found->range(), (NSRange{10, 3}));
+    SymbolTest::start(braces + functions + variables, u" {f! $f!}");
+    EXPECT_EQ(parse->symbolDefiningIdentifierAtMatch(parse->matchAtLocation(2, false, nullptr), nullptr),
+              nullptr);
+}
+
 TEST_F(SymbolicQuerying, OfSeveralDefinitionsBehindTheLastOneWins) {
     start(u"fun f ( { z } def z def z");
     EXPECT_EQ(definition(10), "property z@20");
@@ -333,6 +360,15 @@ TEST_F(SymbolicQuerying, OccurrencesOfAnArgumentStayInItsFunction) {
 TEST_F(SymbolicQuerying, ALocalDefinitionOutsideOfAllReachesToTheTextsEnd) {
     start(u" x let x x fun f ( { x }");
     EXPECT_EQ(occurrences(9), "7 9 21");
+}
+
+TEST_F(SymbolicQuerying, ADefinitionOutsideOfTheAreaLimitsNothing) {
+    start(u"class A { fun f ( { y y } own y }");
+    const NSUInteger use = place(u"y");
+    EXPECT_EQ(definition(use), "constant y@26 in A");
+    EXPECT_EQ(occurrences(use, 2), "20 22");
+    // In the whole text uses before it are none of it.
+    EXPECT_EQ(occurrences(use), "30");
 }
 
 TEST_F(SymbolicQuerying, TheLowestOptionChoosesTheArea) {
