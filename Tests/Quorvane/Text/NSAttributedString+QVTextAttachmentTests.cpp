@@ -91,6 +91,15 @@ TEST_F(NSAttributedStringAttachments, TheFirstInARangeIsFound) {
     EXPECT_EQ(qv_firstTextAttachmentInRange(*string, {0, 8}, nullptr), first);
 }
 
+TEST_F(NSAttributedStringAttachments, TheFirstOnesRangeEndsWhereOtherAttributesChange) {
+    string->addAttribute(NSAttachmentAttributeName, first, {2, 2});
+    string->addAttribute(NSToolTipAttributeName, 1, {3, 1});
+    NSRange range{1, 1};
+    EXPECT_EQ(qv_firstTextAttachmentInRange(*string, {0, 8}, &range), first);
+    EXPECT_EQ(range, (NSRange{2, 1}));
+    EXPECT_EQ(qv_rangeOfTextAttachment(*string, first.get()), (NSRange{2, 2}));
+}
+
 TEST_F(NSAttributedStringAttachments, ARangeWithoutAnyHasNoFirst) {
     NSRange range{1, 1};
     EXPECT_EQ(qv_firstTextAttachmentInRange(*string, {3, 4}, &range), nullptr);

@@ -163,6 +163,45 @@ TEST(QVConcreteTextStorageAttributes, ViewsFollowNewDefaults) {
     EXPECT_THAT(lines, Contains("view removes CTTracking 0+2"));
 }
 
+TEST(QVConcreteTextStorageAttributes, OnlyWhatDiffersBetweenOldAndNewDefaultsGoesOverTheText) {
+    const auto defaultsWith = [](CTFontRef font, double tracking, CGFloat indent, auto colour) {
+        const auto style = NSParagraphStyle::defaultParagraphStyle()->mutableCopy();
+        style->setHeadIndent(indent);
+        return NSAttributes{{NSFontAttributeName, std::move(font)},
+                            {kCTTrackingAttributeName, tracking},
+                            {NSParagraphStyleAttributeName, style},
+                            {NSForegroundColorAttributeName, colour}};
+    };
+    const auto storage = QVConcreteTextStorage::initWithString(u"ab");
+    const auto black = NSColor::blackColor();
+    const auto font = proportional(12);
+    storage->setDefaultTextAttributes(defaultsWith(font, 1, 5, black));
+    std::vector<std::string> lines;
+    const auto observer = std::make_shared<StorageObserver>(lines);
+    storage->addChangeObserver(observer);
+    const StorageView view(*storage, lines);
+    const auto changesOf = [&](const NSAttributes &defaults) {
+        lines.clear();
+        storage->setDefaultTextAttributes(defaults);
+        // What resetting the colours does comes behind the first bracket.
+        lines.erase(std::ranges::find(lines, "view ends"), lines.end());
+        return std::exchange(lines, {});
+    };
+    // A font of the same name is one of another size, for each run.
+    EXPECT_THAT(changesOf(defaultsWith(font, 1, 5, NSColor::whiteColor())),
+                ElementsAre("view begins", "will 1 0+2 null", "view adds NSFont 0+2", "did 1 0+2 +0"));
+    // Tabulators are as wide as the tracking lets them be.
+    EXPECT_THAT(changesOf(defaultsWith(font, 2, 5, NSColor::whiteColor())),
+                ElementsAre("view begins", "will 1 0+2 null", "view adds NSFont 0+2", "will 1 0+2 null",
+                            "view adds CTTracking 0+2", "will 1 0+2 null", "view adds NSParagraphStyle 0+2",
+                            "did 1 0+2 +0"));
+    EXPECT_THAT(changesOf(defaultsWith(font, 2, 6, NSColor::whiteColor())),
+                ElementsAre("view begins", "will 1 0+2 null", "view adds NSFont 0+2", "will 1 0+2 null",
+                            "view adds NSParagraphStyle 0+2", "did 1 0+2 +0"));
+    EXPECT_THAT(changesOf(defaultsWith(monospaced(12), 2, 6, NSColor::whiteColor())),
+                ElementsAre("view begins", "will 1 0+2 null", "view adds NSFont 0+2", "did 1 0+2 +0"));
+}
+
 TEST(QVConcreteTextStorageAttributes, NewDefaultsOfAnEmptyTextDoNoHarm) {
     const auto storage = QVConcreteTextStorage::init();
     storage->setDefaultTextAttributes({{NSFontAttributeName, proportional(12)}});

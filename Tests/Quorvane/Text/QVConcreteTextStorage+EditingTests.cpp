@@ -286,6 +286,24 @@ TEST(QVConcreteTextStorageEditing, ClearingTakesTextAndParse) {
     EXPECT_EQ(drawnHighlighting(*storage), "11");
 }
 
+TEST(QVConcreteTextStorageEditing, ClearingWhileTheParseIsAtWorkEndsItsRounds) {
+    const auto storage = documentWithText(u"k1", smallLanguage());
+    const auto parse = storage->parse();
+    StorageNotifications notifications(*storage);
+    {
+        const BusyQueue busy(*parse);
+        storage->replaceCharactersInRange({2, 0}, u" k2");
+        storage->replaceCharactersInRange({5, 0}, u" k3");
+        ASSERT_TRUE(storage->isParseUpdating());
+        storage->clearContents();
+        EXPECT_FALSE(storage->isParseUpdating());
+    }
+    waitForQueue(*parse);
+    finishRound(*storage);
+    EXPECT_THAT(notifications.take(), testing::IsEmpty());
+    EXPECT_EQ(storage->length(), 0u);
+}
+
 TEST(QVConcreteTextStorageEditing, ClearingAnEmptyStorageDoesNoHarm) {
     const auto storage = QVConcreteTextStorage::init();
     storage->clearContents();

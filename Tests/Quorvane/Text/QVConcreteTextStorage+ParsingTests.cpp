@@ -15,6 +15,7 @@ struct QVConcreteTextStorageProbe {
 namespace {
 
 using namespace test;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -108,6 +109,18 @@ TEST(QVConcreteTextStorageParsing, TheReportWaitsUntilTheParseHasCaughtUpAndList
     EXPECT_THAT(notifications.take(), ElementsAre("styles 0+4", "parse 0+4 10+3"));
 }
 
+TEST(QVConcreteTextStorageParsing, AReportedRangeMovesBehindWhatIsTypedBeforeIt) {
+    const auto storage = documentWithText(u"a\n\n\n\nb\n\n\n\nc\n", smallLanguage());
+    StorageNotifications notifications(*storage);
+    {
+        const BusyQueue busy(*storage->parse());
+        storage->replaceCharactersInRange({10, 1}, u"k");
+        storage->replaceCharactersInRange({0, 0}, u"zzzzzzzzzzzz");
+    }
+    finishAllRounds(*storage);
+    EXPECT_THAT(notifications.take(), Contains("parse 0+15 21+3"));
+}
+
 TEST(QVConcreteTextStorageParsing, AReportedRangeLosesWhatWasDeletedMeanwhile) {
     const auto storage = documentWithText(u"a\n\n\n\nb\n\n\n\nc\n", smallLanguage());
     StorageNotifications notifications(*storage);
@@ -128,6 +141,22 @@ TEST(QVConcreteTextStorageParsing, ARangeBeyondTheTextIsABug) {
     EXPECT_THAT(assertions.messages(),
                 ElementsAre(u"Parsed range exceeds the bounds of the text storage after all edits have been "
                             u"handled"));
+}
+
+TEST(QVConcreteTextStorageParsing, AParseThatIsTakenAwayIsCancelled) {
+    using Way = void (*)(QVConcreteTextStorage &);
+    for (const Way takeAway : {Way([](auto &storage) { storage.setSyntax(nullptr); }),
+                               Way([](auto &storage) { storage.setSyntax(smallLanguage()); }),
+                               Way([](auto &storage) { storage.setParsingEnabled(false); }),
+                               Way([](auto &storage) { storage.clearContents(); })}) {
+        const auto storage = documentWithText(u"k1", smallLanguage());
+        const auto parse = storage->parse();
+        const BusyQueue busy(*parse);
+        storage->replaceCharactersInRange({2, 0}, u" k2");
+        EXPECT_FALSE(parse->isCancelled());
+        takeAway(*storage);
+        EXPECT_TRUE(parse->isCancelled());
+    }
 }
 
 TEST(QVConcreteTextStorageParsing, ResultsOfAParseThatWasReplacedAreDropped) {
@@ -357,6 +386,28 @@ TEST(QVConcreteTextStorageParsing, TheSyntaxOfACharacterIsTheInnermost) {
     EXPECT_EQ(storage->syntaxAtLocation(4), inner.syntax());
     storage->replaceCharactersInRange({6, 0}, u"z");
     EXPECT_EQ(storage->syntaxAtLocation(6), outer);
+}
+
+TEST(QVConcreteTextStorageParsing, TheSyntaxesOfAnEditComeInWithItsColours) {
+    const RegisteredSyntax inner(
+        syntaxFromXML("<syntax name='inner'><scopes>" + single("word", "\\w+") + "</scopes></syntax>"));
+    const auto outer = syntaxWithScopes(region("embedded", "&lt;", "&gt;", "<subsyntax name='inner'/>"));
+    const auto storage = documentWithText(u"k\n\n\n\n(a)\n\n\n\nk", outer);
+    EXPECT_EQ(storage->syntaxAtLocation(6), outer);
+    storage->replaceCharactersInRange({5, 3}, u"<a>");
+    finishAllRounds(*storage);
+    EXPECT_EQ(storage->syntaxAtLocation(6), inner.syntax());
+    EXPECT_EQ(storage->syntaxAtLocation(8), outer);
+    storage->replaceCharactersInRange({5, 3}, u"(a)");
+    finishAllRounds(*storage);
+    EXPECT_EQ(storage->syntaxAtLocation(6), outer);
+}
+
+TEST(QVConcreteTextStorageParsing, WhereAnEmbeddedLanguageIsMissingTheSyntaxIsTheDocuments) {
+    const auto outer = syntaxWithScopes(region("embedded", "&lt;", "&gt;", "<subsyntax name='missing'/>"));
+    const auto storage = documentWithText(u"k <a>", outer);
+    for (NSUInteger location = 0; location <= 5; ++location)
+        EXPECT_EQ(storage->syntaxAtLocation(location), outer) << location;
 }
 
 } // namespace

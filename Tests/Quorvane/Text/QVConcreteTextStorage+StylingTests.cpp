@@ -255,6 +255,14 @@ TEST(QVConcreteTextStorageStyling, InnerMatchesAreLaidOverOuterOnes) {
     EXPECT_EQ(drawnHighlighting(*storage), "3332333");
 }
 
+TEST(QVConcreteTextStorageStyling, AMatchThatResetsStartsFromTheDefaults) {
+    const std::string plain = "<scope name='plain' reset-styles='true'><expression>p</expression></scope>";
+    auto syntax = syntaxWithScopes(region("outer", "\\(", "\\)", holding(plain)));
+    setStyles(syntax, {{u"outer", 3}});
+    const auto storage = documentWithText(u"(p)", syntax);
+    EXPECT_EQ(drawnHighlighting(*storage), "3.3");
+}
+
 TEST(QVConcreteTextStorageStyling, AnEmbeddedLanguageStartsFromPlainText) {
     const auto innerSyntax =
         syntaxFromXML("<syntax name='inner'><scopes>" + single("number", "\\d+") + "</scopes></syntax>");

@@ -228,8 +228,10 @@ TEST(QVFoldingAttributes, HiddenTextIsNotFixedForTheViewsSake) {
 TEST(QVFoldingAttributes, AttachmentsThatStrayAreTakenOffInTheViewToo) {
     auto document = folded();
     document.document->addAttribute(NSAttachmentAttributeName, 5, {6, 2});
+    document.take();
     EXPECT_FALSE(document.view->attribute(NSAttachmentAttributeName, 3));
     EXPECT_FALSE(document.document->attribute(NSAttachmentAttributeName, 6));
+    EXPECT_TRUE(document.heard.empty()) << "reading is no edit";
 }
 
 TEST(QVFoldingAttributes, PastTheEndStandTheDefaultOnes) {

@@ -178,6 +178,21 @@ TEST(QVTextStoragePasting, ADecreaseRightAfterItMakesTheIncreaseVoid) {
     EXPECT_EQ(paste(u"\nx }\n", reindent), "\n        x }\n") << "it must begin the line";
 }
 
+TEST(QVTextStoragePasting, ADecreaseWithoutAnIncreaseBeforeItMovesNothing) {
+    Paste paste(u"    |", QVIndentationStyleSpaces, QVLineEndingsLF, bracesLanguage());
+    EXPECT_EQ(paste(u"a\n    }\nx", reindent), "a\n    }\nx");
+}
+
+TEST(QVTextStoragePasting, ADecreaseFurtherInTheLineMovesNothing) {
+    const auto syntax =
+        syntaxWithElements("<scopes>" + single("w", "\\w+") +
+                           "</scopes><indentation><increase><expression>\\{$</expression></increase>"
+                           "<decrease><expression>\\}</expression></decrease></indentation>");
+    Paste paste(u"if {|", QVIndentationStyleSpaces, QVLineEndingsLF, syntax);
+    EXPECT_EQ(paste(u"\nx }\n", reindent), "\n    x }\n");
+    EXPECT_EQ(paste(u"\n}\n", reindent), "\n}\n");
+}
+
 TEST(QVTextStoragePasting, IndentationTakesTheDocumentsForm) {
     EXPECT_EQ(Paste(u"|", QVIndentationStyleTabs)(u"        a\n      b", rewrite), "\t\ta\n\t  b");
     EXPECT_EQ(Paste(u"|")(u"\t\ta\n\t b", rewrite), "        a\n     b");

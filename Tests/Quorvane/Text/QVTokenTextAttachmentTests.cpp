@@ -153,6 +153,35 @@ TEST(QVTokenTextAttachment, ItsLabelStandsBehindTheLeftInset) {
     EXPECT_FALSE(isInked(picture, 25, 0));
 }
 
+TEST(QVTokenTextAttachment, ItsLabelStandsLowerByTheTopInset) {
+    const auto firstInkedRow = [](CGFloat top) {
+        const test::Picture picture(40, 60);
+        Token token(u"\u2588", 16);
+        token.attachment->setBackgroundColor(nullptr);
+        token.attachment->setTextInset({top, 4, 0, 4});
+        token.attachment->drawWithFrame(CGRectMake(10, 5, 18, 19), 2, &token.layoutManager);
+        std::size_t row = 0;
+        while (row < 60 && picture.pixel(18, row) == 0)
+            ++row;
+        return row;
+    };
+    EXPECT_LT(firstInkedRow(0), 20u);
+    EXPECT_EQ(firstInkedRow(6), firstInkedRow(0) + 6);
+}
+
+TEST(QVTokenTextAttachment, ANarrowTokenIsRoundToHalfOfItsWidth) {
+    const test::Picture picture(40, 40, 0xffffffff);
+    Token token(u"", 16);
+    token.attachment->setTextColor(nullptr);
+    token.attachment->drawWithFrame(CGRectMake(10, 5, 10, 30), 2, &token.layoutManager);
+    constexpr std::uint32_t blue = 0x398fe6ff;
+    EXPECT_TRUE(picture.looks(10, 5, 0xffffffff));
+    // Five points from the corner its sides are straight.
+    EXPECT_TRUE(picture.looks(10, 11, blue, 1));
+    EXPECT_TRUE(picture.looks(19, 28, blue, 1));
+    EXPECT_TRUE(picture.looks(10, 34, 0xffffffff));
+}
+
 TEST(QVTokenTextAttachment, ALabelThatIsTooWideEndsInDots) {
     const auto draw = [](NSString label, CGFloat width) {
         const auto picture = std::make_unique<test::Picture>(90, 30);
