@@ -6,6 +6,10 @@
 #include "Quorvane/Syntaxes/QVGrammar.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
 namespace quorvane {
 
 namespace {
@@ -23,6 +27,61 @@ void insertStyle(const std::shared_ptr<QVStyle> &style, QVStyleList &list) {
     }
     list.addStyle(style);
 }
+
+bool isLessSpecific(const std::shared_ptr<QVStyle> &a, const std::shared_ptr<QVStyle> &b) {
+    return a->compare(*b) == NSOrderedAscending;
+}
+
+/// Calls back for the scopes and captures of the scopes' trees that the style's selector matches.
+template <typename Call>
+void forEachMatchingNode(const std::shared_ptr<QVStyle> &style, const QVThemeController::Scopes &scopes,
+                         Call call) {
+    if (!style || !style->selector())
+        return;
+    for (const auto &scope : scopes)
+        QVSimpleSelector::walkTreeStartingAtSelectable(
+            scope.get(), {&style->selector(), 1}, [&](QVSelectable *node, bool &) {
+                if (auto *matched = dynamic_cast<QVScope *>(node))
+                    call(*matched);
+                else if (auto *capture = dynamic_cast<QVCapture *>(node))
+                    call(*capture);
+            });
+}
+
+/// The styles that many nodes are about to get. Each node's list is changed once, for each change merges the
+/// whole list: one by one, a theme with thousands of rules for one scope would take minutes.
+class Cascades {
+public:
+    void add(const std::shared_ptr<QVStyle> &style, const QVThemeController::Scopes &scopes) {
+        forEachMatchingNode(style, scopes, [&](QVStyleList &list) { _added[&list].push_back(style); });
+    }
+    /// Leaves each list as if the styles had been inserted in their order.
+    void insert() {
+        for (auto &[list, added] : _added) {
+            QVStyleList::Styles styles = *list->styles();
+            if (!std::is_sorted(styles.begin(), styles.end(), isLessSpecific)) {
+                // Put together by somebody else; only one by one is each insertion where it belongs.
+                for (const auto &style : added)
+                    insertStyle(style, *list);
+                continue;
+            }
+            const std::size_t count = styles.size();
+            std::unordered_set<const QVStyle *> present;
+            for (const auto &style : styles)
+                present.insert(style.get());
+            for (auto &style : added)
+                if (present.insert(style.get()).second)
+                    styles.push_back(std::move(style));
+            if (styles.size() == count)
+                continue;
+            std::stable_sort(styles.begin(), styles.end(), isLessSpecific);
+            list->setStyles(std::move(styles));
+        }
+    }
+
+private:
+    std::unordered_map<QVStyleList *, QVStyleList::Styles> _added;
+};
 
 } // namespace
 
@@ -71,26 +130,19 @@ void QVThemeController::applyTheme(const QVTheme &theme, const QVGrammar &onGram
 }
 
 void QVThemeController::applyTheme(const QVTheme &theme, const Scopes &onScopes) {
+    Cascades cascades;
     for (const auto &[identifier, package] : QVLoadable::loadedPackages())
         for (const auto &style : package->styles())
-            applyStyle(style, onScopes);
+            cascades.add(style, onScopes);
     // Held, for the theme may be given others meanwhile.
     const auto styles = theme.styles();
     for (const auto &style : *styles)
-        applyStyle(style, onScopes);
+        cascades.add(style, onScopes);
+    cascades.insert();
 }
 
 void QVThemeController::applyStyle(const std::shared_ptr<QVStyle> &style, const Scopes &onScopes) {
-    if (!style || !style->selector())
-        return;
-    for (const auto &scope : onScopes)
-        QVSimpleSelector::walkTreeStartingAtSelectable(
-            scope.get(), {&style->selector(), 1}, [&](QVSelectable *node, bool &) {
-                if (auto *matched = dynamic_cast<QVScope *>(node))
-                    applyStyle(style, *matched);
-                else if (auto *capture = dynamic_cast<QVCapture *>(node))
-                    applyStyle(style, *capture);
-            });
+    forEachMatchingNode(style, onScopes, [&](auto &node) { applyStyle(style, node); });
 }
 
 void QVThemeController::applyStyle(const std::shared_ptr<QVStyle> &style, QVScope &onScope) {

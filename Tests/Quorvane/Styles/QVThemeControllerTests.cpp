@@ -1,5 +1,6 @@
 #include "Quorvane/Styles/QVThemeController.h"
 
+#include "Platform/Foundation/QVLimits.h"
 #include "Quorvane/Matches/QVScopeMatch.h"
 #include "Quorvane/Scopes/QVCapture.h"
 #include "Quorvane/Styles/QVColor.h"
@@ -160,6 +161,56 @@ TEST(QVThemeController, AStyleGoesBeforeTheFirstThatIsMoreSpecific) {
     controller().applyStyle(styleOf(u"c { id: 1b; }"), language.string());
     controller().applyStyle(styleOf(u"c.d.e { id: 3b; }"), language.string());
     EXPECT_EQ(idsOf(language.string()), (Ids{"1", "1b", "2", "3", "3b"}));
+}
+
+TEST(QVThemeController, EachNodeGetsTheStylesOfAThemeAtOnce) {
+    const Language language("controller-at-once");
+    const auto &scopes = language.syntax()->grammar()->scopes();
+    const auto theme = themeOf(u"string { id: 1; } string.quoted { id: 2; } string { id: 1b; }"
+                               u"keyword { id: 1; } prefix.keyword { id: 2; } keyword { id: 1b; }");
+    const std::uint64_t before = QVStyleList::generation();
+    controller().applyTheme(*theme, scopes);
+    // The string, its escape, its prefix, and the keyword.
+    EXPECT_EQ(QVStyleList::generation(), before + 4);
+    EXPECT_EQ(idsOf(language.string()), (Ids{"1", "1b", "2"}));
+    EXPECT_EQ(idsOf(language.escape()), (Ids{"1", "1b"}));
+    EXPECT_EQ(idsOf(language.prefix()), (Ids{"1", "1b", "2"}));
+    EXPECT_EQ(idsOf(language.keyword()), (Ids{"1", "1b"}));
+    // Once more there is nothing to do.
+    controller().applyTheme(*theme, scopes);
+    EXPECT_EQ(QVStyleList::generation(), before + 4);
+}
+
+TEST(QVThemeController, StylesOfAThemeComeAmongThoseThatAreThere) {
+    const Language language("controller-among");
+    const auto &scopes = language.syntax()->grammar()->scopes();
+    const auto theme = themeOf(u"string.quoted { id: t2; } string { id: t1; }");
+    controller().applyStyle(styleOf(u"string.quoted { id: 2; }"), language.string());
+    controller().applyStyle(styleOf(u"string { id: 1; }"), language.string());
+    controller().applyStyle(theme->styles()->back(), language.string());
+    controller().applyStyle(styleOf(u"quoted { id: 1b; }"), language.string());
+    controller().applyTheme(*theme, scopes);
+    EXPECT_EQ(idsOf(language.string()), (Ids{"1", "t1", "1b", "2", "t2"}));
+}
+
+TEST(QVThemeController, AListThatAHostPutTogetherIsReadFromItsStart) {
+    const Language language("controller-host");
+    language.string().setStyles({styleOf(u"string { id: 1; }"), styleOf(u"string.quoted { id: 2; }"),
+                                 styleOf(u"quoted { id: 1b; }")});
+    controller().applyTheme(*themeOf(u"string { id: t1; } string.quoted { id: t2; }"),
+                            language.syntax()->grammar()->scopes());
+    EXPECT_EQ(idsOf(language.string()), (Ids{"1", "t1", "2", "1b", "t2"}));
+}
+
+// Each rule had been merged with all before it, which took minutes.
+TEST(QVThemeController, AThemeOfAsManyRulesForOneScopeAsAllowedIsApplied) {
+    const Language language("controller-many");
+    std::u16string text;
+    const std::size_t count = limits::themeStylesAndProperties / 2;
+    for (std::size_t index = 0; index < count; ++index)
+        text += u"string{id:x;}";
+    controller().applyTheme(*themeOf(NSString(std::move(text))), language.syntax()->grammar()->scopes());
+    EXPECT_EQ(language.string().styles()->size(), count);
 }
 
 TEST(QVThemeController, StylesWithoutASelectorAreNotApplied) {
