@@ -195,18 +195,21 @@ struct Notation {
     Color (*color)(const Numbers &numbers);
 };
 
-// The first that matches decides.
+// The first that matches decides. Each unit can be read in one way alone: what is no colour would otherwise
+// take the square of its length, and values come from files.
 constexpr Notation notations[] = {
     {uR"(^#\s*(?:([a-fA-F0-9]{3})|([a-fA-F0-9]{6}))\s*$)", nullptr},
     {uR"(^rgb\(\s*(\d+)\s*,\s*(\d+)\s*,\s*(\d+)\s*\)$)", colorOfBytes},
-    {uR"(^rgba\(\s*(\d+)\s*,\s*(\d+)\s*,\s*(\d+)\s*,\s*(\d+\.?\d*)\s*\)$)", colorOfBytes},
+    {uR"(^rgba\(\s*(\d+)\s*,\s*(\d+)\s*,\s*(\d+)\s*,\s*(\d+(?:\.\d*)?)\s*\)$)", colorOfBytes},
     {uR"(^hsb\(\s*(\d+)\s*,\s*(\d+)%\s*,\s*(\d+)%\s*\)$)", colorOfBrightness},
-    {uR"(^hsba\(\s*(\d+)\s*,\s*(\d+)%\s*,\s*(\d+)%\s*,\s*(\d+\.?\d*)\s*\)$)", colorOfBrightness},
+    {uR"(^hsba\(\s*(\d+)\s*,\s*(\d+)%\s*,\s*(\d+)%\s*,\s*(\d+(?:\.\d*)?)\s*\)$)", colorOfBrightness},
     {uR"(^hsl\(\s*(\d+)\s*,\s*(\d+)%\s*,\s*(\d+)%\s*\)$)", colorOfLuminance},
-    {uR"(^hsla\(\s*(\d+)\s*,\s*(\d+)%\s*,\s*(\d+)%\s*,\s*(\d+\.?\d*)\s*\)$)", colorOfLuminance},
-    {uR"(^color\(\s*display-p3\s+(\d+\.?\d*)\s+(\d+\.?\d*)\s+(\d+\.?\d*)(?:\s+/\s*(\d+\.?\d*))?\s*\)$)",
+    {uR"(^hsla\(\s*(\d+)\s*,\s*(\d+)%\s*,\s*(\d+)%\s*,\s*(\d+(?:\.\d*)?)\s*\)$)", colorOfLuminance},
+    {uR"(^color\(\s*display-p3\s+(\d+(?:\.\d*)?)\s+(\d+(?:\.\d*)?)\s+(\d+(?:\.\d*)?))"
+     uR"((?:\s+/\s*(\d+(?:\.\d*)?))?\s*\)$)",
      colorOfDisplayP3},
-    {uR"(^color\(\s*srgb\s+(\d+\.?\d*)\s+(\d+\.?\d*)\s+(\d+\.?\d*)(?:\s+/\s*(\d+\.?\d*))?\s*\)$)",
+    {uR"(^color\(\s*srgb\s+(\d+(?:\.\d*)?)\s+(\d+(?:\.\d*)?)\s+(\d+(?:\.\d*)?))"
+     uR"((?:\s+/\s*(\d+(?:\.\d*)?))?\s*\)$)",
      colorOfSRGB},
 };
 

@@ -1,10 +1,12 @@
 #include "Quorvane/Styles/QVStyle.h"
 
 #include "Tests/Support/Printing.h"
+#include "Tests/Support/Recorders.h"
 
 #include <gtest/gtest.h>
 
 using namespace quorvane;
+using namespace quorvane::test;
 
 namespace {
 
@@ -123,6 +125,22 @@ TEST(QVStyleColorWithCSSValue, WhatMatchesNoNotationIsNoColour) {
                                   u"1px",
                                   u" red"})
         EXPECT_EQ(read(value), "null") << NSString(value).UTF8String();
+}
+
+// The patterns had two ways to read each digit, so that what is no colour took the square of its length.
+TEST(QVStyleColorWithCSSValue, ManyDigitsAreReadOnce) {
+    const LogRecorder log;
+    const std::u16string digits(20000, u'1'), blanks(20000, u' ');
+    for (const std::u16string_view start : {u"rgb(0,0,", u"rgba(0,0,0,", u"hsla(0,0%,0%,", u"hsba(0,0%,0%,",
+                                            u"color(srgb 0 0 ", u"color(display-p3 0 0 0 / "}) {
+        const std::u16string number = std::u16string(start) + digits;
+        for (const std::u16string &value :
+             {number, number + u".", number + u"." + digits, number + blanks, number + u")x"})
+            EXPECT_EQ(QVStyle::colorWithCSSValue(NSString(value)), nullptr);
+    }
+    // An expression that takes too long says so.
+    EXPECT_TRUE(log.messages().empty());
+    EXPECT_EQ(read((u"rgba(255,0,0,0." + std::u16string(20000, u'0') + u")").c_str()), "sRGB 1 0 0 0");
 }
 
 TEST(QVStyleColorWithCSSValue, ANameStandsBeforeTheNotations) {
