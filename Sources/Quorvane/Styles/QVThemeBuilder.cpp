@@ -78,6 +78,7 @@ void QVThemeBuilder::themeParserFoundProperty(QVThemeParser &, const NSString &n
 }
 
 void QVThemeBuilder::themeParserDidEndDeclaration(QVThemeParser &parser, const NSString &selector) {
+    std::shared_ptr<QVStyle> first;
     for (const NSString &part : selector.componentsSeparatedByString(u",")) {
         _propertyCount += 1 + _properties.size();
         if (_propertyCount > limits::themeStylesAndProperties) {
@@ -86,10 +87,13 @@ void QVThemeBuilder::themeParserDidEndDeclaration(QVThemeParser &parser, const N
             parser.abortParsing();
             return;
         }
-        auto style = QVStyle::styleWithSelector(
-            QVSimpleSelector::simpleSelectorWithString(
-                part.stringByTrimmingCharactersInSet(*NSCharacterSet::whitespaceCharacterSet())),
-            _properties);
+        auto name = QVSimpleSelector::simpleSelectorWithString(
+            part.stringByTrimmingCharactersInSet(*NSCharacterSet::whitespaceCharacterSet()));
+        // Values are read once, for all selectors: a value of a megabyte can stand behind thousands of them.
+        auto style = first ? first->copy() : QVStyle::styleWithSelector(name, _properties);
+        style->setSelector(std::move(name));
+        if (!first)
+            first = style;
         style->setFileURL(_fileURL);
         style->setLineNumber(_lineNumber);
         style->setColumnNumber(_columnNumber);

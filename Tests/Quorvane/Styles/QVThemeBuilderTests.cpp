@@ -3,6 +3,7 @@
 #include "Platform/Foundation/NSError.h"
 #include "Platform/Foundation/QVLimits.h"
 #include "Quorvane/Styles/QVColor.h"
+#include "Quorvane/Styles/QVGradient.h"
 #include "Tests/Quorvane/Styles/ThemeFixture.h"
 #include "Tests/Support/Recorders.h"
 
@@ -63,6 +64,21 @@ TEST(QVThemeBuilder, SelectorsOfOneDeclarationShareItsProperties) {
         EXPECT_EQ(style->properties(), expected);
         EXPECT_TRUE(style->textColor());
     }
+}
+
+// Each selector had values of its own, so that a file of a megabyte could ask for any amount of memory.
+TEST(QVThemeBuilder, SelectorsOfOneDeclarationShareTheValuesThatWereReadFromIt) {
+    std::u16string text = u"a, b { background: linear-gradient(red";
+    for (int color = 0; color < 1000; ++color)
+        text += u", blue";
+    const auto theme = themeOf(NSString(text + u"); }"));
+    ASSERT_EQ(theme->styles()->size(), 2u);
+    const auto &a = *(*theme->styles())[0], &b = *(*theme->styles())[1];
+    EXPECT_EQ(a.selector()->string(), u"a");
+    EXPECT_EQ(b.selector()->string(), u"b");
+    ASSERT_TRUE(a.backgroundGradient());
+    EXPECT_EQ(a.backgroundGradient()->numberOfColorStops(), 1001u);
+    EXPECT_EQ(b.backgroundGradient(), a.backgroundGradient());
 }
 
 TEST(QVThemeBuilder, PropertiesEndWithTheirDeclaration) {
