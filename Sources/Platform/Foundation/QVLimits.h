@@ -75,6 +75,11 @@ inline constexpr std::size_t cachedObjects = 1024;
 /// file of a megabyte can otherwise ask for any amount of memory. The largest themes have a few thousand.
 inline constexpr std::size_t themeStylesAndProperties = 1u << 16;
 
+/// Behaviours of all completions in a file, each counted for each completion that has it: those of a set are
+/// in all of its completions, so that a file of a megabyte can otherwise ask for any amount of memory. Real
+/// files have some thousands.
+inline constexpr std::size_t completionBehaviors = 1u << 20;
+
 /// Threads of one pool of workers, those that wait for others included. Tasks that wait for one another more
 /// deeply than this never end.
 inline constexpr std::size_t dispatchThreads = 512;

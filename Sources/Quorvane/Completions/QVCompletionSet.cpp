@@ -5,9 +5,11 @@
 #include "Platform/Foundation/NSError.h"
 #include "Platform/Foundation/NSKeyedArchiver.h"
 #include "Platform/Foundation/NSLog.h"
+#include "Platform/Foundation/QVLimits.h"
 #include "Quorvane/Completions/QVCompletion.h"
 #include "Quorvane/Completions/QVCompletionBehavior.h"
 #include "Quorvane/Completions/QVCompletionProvider.h"
+#include "Quorvane/QuorvaneErrors.h"
 #include "Quorvane/Symbols/QVSymbolTypes.h"
 #include "Quorvane/XML/QVXMLDocument.h"
 
@@ -26,7 +28,9 @@ Registry &registry() {
     return *instance;
 }
 
-QVCompletionSet::Completions completionsOfElement(const QVXMLElement &element) {
+/// Nothing when the file's behaviours come to more than is allowed.
+std::optional<QVCompletionSet::Completions> completionsOfElement(const QVXMLElement &element,
+                                                                 std::size_t &behaviorCount) {
     const NSUInteger symbolType = QVSymbolTypeFromString(element.valueForAttribute(u"symbol"));
     std::vector<std::shared_ptr<QVCompletionBehavior>> behaviors;
     for (const auto &child : element.elementsForName(u"behavior")) {
@@ -36,8 +40,12 @@ QVCompletionSet::Completions completionsOfElement(const QVXMLElement &element) {
         behaviors.push_back(std::move(behavior));
     }
     QVCompletionSet::Completions completions;
-    for (const auto &child : element.elementsForName(u"completion"))
+    for (const auto &child : element.elementsForName(u"completion")) {
         completions.push_back(QVCompletion::completionWithXMLElement(*child, symbolType, behaviors));
+        behaviorCount += completions.back()->behaviors().size();
+        if (behaviorCount > limits::completionBehaviors)
+            return std::nullopt;
+    }
     return completions;
 }
 
@@ -55,13 +63,21 @@ std::optional<QVCompletionSet::Sets> QVCompletionSet::completionSetsWithDocument
     std::shared_ptr<NSError> *error) {
     Sets sets;
     std::vector<std::shared_ptr<QVCompletionProvider>> providers;
+    std::size_t behaviorCount = 0;
     if (const auto root = document.rootElement()->lastElementForName(u"completions")) {
         for (const auto &element : root->elementsForName(u"set")) {
             const NSString name = element->valueForAttribute(u"name");
             if (name.length() == 0)
                 continue;
+            auto completions = completionsOfElement(*element, behaviorCount);
+            if (!completions) {
+                QVSetError(error, QVDefinitionError(NSString::stringWithFormat(
+                                      u"Too many behaviors in completion set %@, {%ld, %ld}", name,
+                                      element->lineNumber(), element->columnNumber())));
+                return std::nullopt;
+            }
             auto set = std::make_shared<QVCompletionSet>();
-            set->setCompletions(completionsOfElement(*element));
+            set->setCompletions(std::move(completions));
             sets.insert_or_assign(name, std::move(set));
         }
         if (completionProviders)

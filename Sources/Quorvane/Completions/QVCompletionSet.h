@@ -23,8 +23,8 @@ public:
 
     /// The sets of a completions file by name, none for a file of another kind; of two sets of one name the
     /// later counts. Empty, with an error, when the file can't be read or is no XML (the error has its line
-    /// and column), and, if providers are asked for, when one of them is no good. Providers that nobody asks
-    /// for are not read.
+    /// and column), when its behaviours come to more than `QVLimits.h` allows, and, if providers are asked
+    /// for, when one of them is no good. Providers that nobody asks for are not read.
     static std::optional<Sets> completionSetsWithContentsOfURL(
         const NSURL &url, std::vector<std::shared_ptr<QVCompletionProvider>> *completionProviders = nullptr,
         std::shared_ptr<NSError> *error = nullptr);

@@ -1,6 +1,7 @@
 #include "Quorvane/Completions/QVCompletionSet.h"
 
 #include "Platform/Foundation/NSException.h"
+#include "Platform/Foundation/QVLimits.h"
 #include "Quorvane/Completions/QVCompletion.h"
 #include "Quorvane/Completions/QVCompletionBehavior.h"
 #include "Quorvane/Completions/QVCompletionProvider.h"
@@ -214,6 +215,29 @@ TEST(QVCompletionSet, ACompletionWithABehaviourHasNoneOfTheSets) {
     EXPECT_EQ((*completions)[0]->behaviors()[0]->symbolType(), 0u);
     ASSERT_EQ((*completions)[1]->behaviors().size(), 1u);
     EXPECT_EQ((*completions)[1]->behaviors()[0]->append(), u"!");
+}
+
+TEST(QVCompletionSet, AFileHasAsManyBehavioursAsAllowed) {
+    // Those of the set count for each of its completions.
+    constexpr std::size_t behaviors = 1024;
+    std::string xml = "<completions>\n<set name='a'>";
+    for (std::size_t index = 0; index < behaviors; ++index)
+        xml += "<behavior/>";
+    for (std::size_t index = 0; index < limits::completionBehaviors / behaviors; ++index)
+        xml += "<completion/>";
+    xml += "</set>";
+    EXPECT_EQ(setsOf(xml + "</completions>").at(u"a")->completions()->size(),
+              limits::completionBehaviors / behaviors);
+    std::shared_ptr<NSError> error;
+    EXPECT_FALSE(
+        QVCompletionSet::completionSetsWithDocument(
+            *documentOf(xml + "\n<set name='b'><completion><behavior/></completion></set></completions>"),
+            nullptr, &error)
+            .has_value());
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->domain(), NSString(QVQuorvaneErrorDomain));
+    EXPECT_EQ(error->code(), 1);
+    EXPECT_EQ(error->localizedDescription(), u"Too many behaviors in completion set b, {3, 14}");
 }
 
 TEST(QVCompletionSet, AFileGivesItsProvidersInOrder) {
