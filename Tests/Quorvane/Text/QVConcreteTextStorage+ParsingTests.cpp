@@ -107,6 +107,28 @@ TEST(QVConcreteTextStorageParsing, TheReportWaitsUntilTheParseHasCaughtUpAndList
     finishRound(*storage);
     // The first round was about the line of "c" and the one before, which the second edit moved by one.
     EXPECT_THAT(notifications.take(), ElementsAre("styles 0+4", "parse 0+4 10+3"));
+    // Told once, they are over.
+    storage->replaceCharactersInRange({0, 1}, u"z");
+    finishAllRounds(*storage);
+    EXPECT_THAT(notifications.take(), ElementsAre("styles 0+4", "parse 0+4"));
+}
+
+TEST(QVConcreteTextStorageParsing, WhatWasToBeReportedOfAParseGoesWithIt) {
+    const auto syntax = smallLanguage();
+    const auto storage = documentWithText(u"a\n\n\n\nb\n\n\n\nc\n", syntax);
+    {
+        const BusyQueue busy(*storage->parse());
+        storage->replaceCharactersInRange({10, 1}, u"k");
+        storage->replaceCharactersInRange({0, 1}, u"kk");
+    }
+    finishRound(*storage);
+    ASSERT_TRUE(storage->isParseUpdating());
+    storage->setSyntax(nullptr);
+    storage->deleteCharactersInRange({2, storage->length() - 2});
+    storage->setSyntax(syntax);
+    StorageNotifications notifications(*storage);
+    finishAllRounds(*storage);
+    EXPECT_THAT(notifications.take(), ElementsAre("styles 0+2", "parse 0+2"));
 }
 
 TEST(QVConcreteTextStorageParsing, AReportedRangeMovesBehindWhatIsTypedBeforeIt) {
@@ -350,6 +372,27 @@ TEST(QVConcreteTextStorageParsing, ResultsThatComeInsideOfABracketLandWhereTheTe
     finishAllRounds(*storage);
     EXPECT_EQ(drawnHighlighting(*storage), "...11.1");
     EXPECT_EQ(parsedText(*storage), "yyyk1\nk");
+}
+
+TEST(QVConcreteTextStorageParsing, ASyntaxSetInABracketInWhichARoundCameToItsEndStartsAnew) {
+    const auto syntax = smallLanguage();
+    const auto storage = documentWithText(u"k1\nx", syntax);
+    {
+        const BusyQueue busy(*storage->parse());
+        storage->replaceCharactersInRange({3, 1}, u"k");
+        storage->replaceCharactersInRange({4, 0}, u"2");
+    }
+    waitForQueue(*storage->parse());
+    storage->beginEditing();
+    storage->replaceCharactersInRange({0, 0}, u"3 ");
+    MainQueue::drain();
+    EXPECT_TRUE(storage->isParseUpdating()) << "the next round is to start behind the bracket";
+    storage->setSyntax(nullptr);
+    storage->setSyntax(syntax);
+    storage->endEditing();
+    finishAllRounds(*storage);
+    EXPECT_EQ(parsedText(*storage), "3 k1\nk2");
+    EXPECT_EQ(drawnHighlighting(*storage), "2.11.11");
 }
 
 TEST(QVConcreteTextStorageParsing, TheDelegateGoesToEachParse) {

@@ -130,6 +130,31 @@ TEST(QVConcreteTextStorageStyling, WhatADeletionMadeWrongIsColouredAgainWhereThe
     EXPECT_THAT(notifications.take(), IsEmpty()) << "once is enough";
 }
 
+TEST(QVConcreteTextStorageStyling, WhatIsToBeColouredAgainMovesWithTheText) {
+    const auto storage = QVConcreteTextStorage::initWithString(u"zz\n\n\n\nzzzz\nz\nz\nk1\n22\nk3\n44\n");
+    storage->setSyntax(smallLanguage());
+    storage->deleteCharactersInRange({6, 4});
+    finishRound(*storage);
+    EXPECT_EQ(drawnHighlighting(*storage), "...............11.22.11");
+    storage->replaceCharactersInRange({0, 0}, u"kk ");
+    finishAllRounds(*storage);
+    EXPECT_EQ(drawnHighlighting(*storage), "11............11.22.11.22.");
+}
+
+TEST(QVConcreteTextStorageStyling, WhatIsToBeColouredAgainIsForgottenWithItsParse) {
+    const auto syntax = smallLanguage();
+    const auto storage = QVConcreteTextStorage::initWithString(u"zzzz\nz\nz\nk1\n22\nk3\n44\n");
+    storage->setSyntax(syntax);
+    storage->deleteCharactersInRange({0, 4});
+    finishRound(*storage);
+    storage->setSyntax(nullptr);
+    storage->setSyntax(syntax);
+    StorageNotifications notifications(*storage);
+    finishAllRounds(*storage);
+    EXPECT_EQ(drawnHighlighting(*storage), ".....11.22.11.22.");
+    EXPECT_THAT(notifications.take(), ElementsAre("styles 0+17", "parse 0+17"));
+}
+
 TEST(QVConcreteTextStorageStyling, AnEditThatReachesIntoTheRangeFromBeforeLeavesTheEnd) {
     const auto storage = documentWithText(u"zz\n\n\n\nk1 22 k3", smallLanguage());
     StorageNotifications notifications(*storage);
@@ -234,6 +259,18 @@ TEST(QVConcreteTextStorageStyling, AStylingWhileEditsArePendingIsAboutTheTextTha
     }
     finishAllRounds(*storage);
     EXPECT_EQ(drawnHighlighting(*storage), "....55.66....55.66");
+}
+
+TEST(QVConcreteTextStorageStyling, AStylingInABracketIsAboutTheTextThatTheParseKnows) {
+    const auto syntax = smallLanguage();
+    const auto storage = documentWithText(u"k1 22\n\n\n\nk3 44", syntax);
+    setStyles(syntax, {{u"keyword", 5}, {u"number", 6}});
+    storage->beginEditing();
+    storage->deleteCharactersInRange({0, 3});
+    storage->invalidateStylingInRange({0, storage->length()});
+    storage->endEditing();
+    finishAllRounds(*storage);
+    EXPECT_EQ(drawnHighlighting(*storage), "66....55.66");
 }
 
 TEST(QVConcreteTextStorageStyling, DefaultHighlightingStandsWhereNothingElseDoes) {

@@ -273,6 +273,19 @@ TEST(QVConcreteTextStorage, UnloadingAnotherPackageTouchesNothing) {
     EXPECT_EQ(storage->parse(), parse);
 }
 
+TEST(QVConcreteTextStorage, AnotherPackageWithASyntaxOfTheSameNameLeavesTheOneThatCameBack) {
+    const auto package = packageWithSyntax(u"storage.package");
+    QVLoadable::loadPackagesIntoSyntaxEngine({package});
+    const auto storage = documentWithText(u"k1", QVSyntax::syntaxForName(u"loaded"));
+    QVLoadable::unloadPackagesFromSyntaxEngine({package});
+    const LoadedPackages back({package});
+    const auto syntax = storage->syntax();
+    ASSERT_NE(syntax, nullptr);
+    const LoadedPackages loaded({packageWithSyntax(u"storage.other")});
+    EXPECT_EQ(storage->syntax(), syntax);
+    finishAllRounds(*storage);
+}
+
 TEST(QVConcreteTextStorage, SettingASyntaxForgetsTheNameOfTheUnloadedOne) {
     const auto package = packageWithSyntax(u"storage.package");
     QVLoadable::loadPackagesIntoSyntaxEngine({package});

@@ -69,6 +69,14 @@ TEST(QVFoldingEdits, DeletingThroughTheViewDeletesTheFoldedTextToo) {
     EXPECT_TRUE(document.view->foldedRanges().size() == 1);
 }
 
+TEST(QVFoldingEdits, AttributedTextBehindAFoldGoesWhereTheViewShowsIt) {
+    auto document = folded();
+    document.view->replaceCharactersInRange({4, 2}, *NSAttributedString::initWithString(u"XYZ", mark(7)));
+    EXPECT_EQ(textOf(*document.document), "abcdefgXYZj");
+    EXPECT_EQ(drawn(*document.view), "ab~gXYZj");
+    EXPECT_EQ(document.view->attribute(NSToolTipAttributeName, 6)->integerValue(), 7);
+}
+
 TEST(QVFoldingEdits, CrossingAFoldsEdgeOpensItWithAllThatIsInIt) {
     for (const NSRange edit : {NSRange{1, 2}, NSRange{5, 3}, NSRange{1, 8}}) {
         SCOPED_TRACE(drawn(edit));
@@ -324,6 +332,9 @@ TEST(QVFoldingAttributes, HighlightingAndSyntaxAreTheDocuments) {
     NSRange range;
     (void)view->syntaxHighlightingAttributesAtIndex(3, &range, {0, 7});
     EXPECT_EQ(range, (NSRange{3, 0}));
+    EXPECT_EQ(view->syntaxHighlightingAttribute(NSUnderlineStyleAttributeName, 5, &range, {0, 7}),
+              NSAttributeValue(1));
+    EXPECT_EQ(range, (NSRange{5, 2}));
 }
 
 // MARK: - Settings
