@@ -425,6 +425,16 @@ TEST_F(DisplayNames, EndCapturesAreLookedAtBehindTheCaptures) {
     EXPECT_EQ(displayName(scope, {"selector='b'", "selector='a'"}, u"x()y"), u"yx");
 }
 
+TEST_F(DisplayNames, SelectorsLookAtTheEndCapturesOfMatchesInsideToo) {
+    const std::string inside =
+        subscopesText(element("scope", named("inner"),
+                              element("starts-with", "", expressionText("(\\w)<") + captureText(1, "a")) +
+                                  element("ends-with", "", expressionText(">(\\w)") + captureText(1, "b"))));
+    const std::string scope =
+        regionText("f", "\\(", "\\)", inside + element("symbol", "type='function'", "$display"));
+    EXPECT_EQ(displayName(scope, {"selector='b'", "selector='a'"}, u"(x<>y)"), u"yx");
+}
+
 TEST_F(DisplayNames, FollowTheNameAndThePiecesThatTheyAreMadeOf) {
     // A region, which keeps its symbol while what it holds changes.
     const std::string scope =

@@ -291,6 +291,14 @@ TEST_F(SymbolicQuerying, AtTopLevelOnlyALanguageWithoutRedefinitionLooksBehind) 
     EXPECT_EQ(definition(2), "property z@4");
 }
 
+TEST_F(SymbolicQuerying, WithoutRedefinitionTheSameConstructIsSearchedOnlyWhereNothingStandsBehindIt) {
+    const std::string symbols = "<symbols redefinition='non-distinct'/>";
+    start(u"fun f ( { z def z }", symbols);
+    EXPECT_EQ(definition(10), "property z@12");
+    start(u"fun f ( { z def z } w", symbols);
+    EXPECT_EQ(definition(10), "none");
+}
+
 TEST_F(SymbolicQuerying, EmbeddedLanguagesAreClosedToBothSides) {
     const std::string inside = scopesText(
         matchText("d", "def\\ (\\w+)",

@@ -384,6 +384,16 @@ TEST_F(Symbolication, TheGroupIsThatOfTheOptionsElseTheNameWhereTheySaySo) {
     EXPECT_EQ(group(""), NSString());
 }
 
+TEST_F(Symbolication, AGroupComesBeforeTheNameWhereTheOptionsSayBoth) {
+    // A file can't say both.
+    const auto syntax = syntaxWithElements(
+        scopesText(matchText("t", "\\w+", contextSymbol("tag", "start", "group-by-name='true'"))));
+    startWithSyntax(syntax, u"");
+    parse->rootScope()->subscopes().front()->symbolOptions()->setContextGroupIdentifier(u"g");
+    edit({0, 0}, u"div");
+    EXPECT_EQ(symbol(0)->symbolContextGroupIdentifier(), u"g");
+}
+
 TEST_F(Symbolication, AnEmptyGroupOfTheOptionsStandsAsItIs) {
     const auto syntax = syntaxWithElements(scopesText(matchText("t", "\\w+", contextSymbol("tag", "start"))));
     startWithSyntax(syntax, u"");
