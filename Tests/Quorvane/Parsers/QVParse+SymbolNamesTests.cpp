@@ -72,6 +72,19 @@ TEST_F(SymbolNames, AnAnonymousSymbolHasNone) {
     EXPECT_TRUE(symbol(0)->nameGrams().isNull());
 }
 
+TEST_F(SymbolNames, AnAnonymousSymbolLosesTheNameThatItHad) {
+    start(matchText("f", "\\w+", symbolText("function", "anonymous='true'")), u"ab");
+    QVParseSymbol made;
+    made.setMatch(symbol(0)->match());
+    made.setName(u"before");
+    made.setNameGrams(qv_grams(u"before"));
+    made.setNameRange({0, 1});
+    parse->associateNameForSymbol(made, nullptr);
+    EXPECT_EQ(made.name(), NSString());
+    EXPECT_TRUE(made.nameGrams().isNull());
+    EXPECT_EQ(made.nameRange(), NSNotFoundRange);
+}
+
 TEST_F(SymbolNames, ACommentHasNone) {
     EXPECT_EQ(nameOf(matchText("c", "\\#(\\w+)", captureText(1, "name") + symbolText("comment")), u"#ab"),
               "- none");
