@@ -19,42 +19,87 @@ namespace highlight {
 
 namespace {
 
-/// Text whose look is painted over stretch by stretch. Looks have numbers, so that painting compares and
-/// stores no more than those.
+/// Text whose look is painted over stretch by stretch. It is kept as pieces that look the same all over, and
+/// looks have numbers, so that painting compares and stores no more than those. What is painted comes from
+/// the text's start to its end, but for regions' ends, which come before what stands in them: so the piece
+/// that is painted over is among the last.
 class Canvas {
 public:
     Canvas(NSRange range, const NSAttributes &defaults)
-        : _start(range.location), _defaults(defaults), _looks{defaults}, _ofUnit(range.length, 0) {}
+        : _end(NSMaxRange(range)), _defaults(defaults), _looks{defaults}, _pieces{{range.location, 0}} {}
 
     void paint(NSRange range, const NSAttributes &attributes, std::uint64_t flags) {
-        const std::size_t from = range.location - _start;
-        const std::size_t end = from + range.length;
-        for (std::size_t start = from; start < end;) {
-            const std::uint32_t before = _ofUnit[start];
-            std::size_t behind = start + 1;
-            while (behind < end && _ofUnit[behind] == before)
-                ++behind;
-            std::fill(_ofUnit.begin() + static_cast<std::ptrdiff_t>(start),
-                      _ofUnit.begin() + static_cast<std::ptrdiff_t>(behind),
-                      lookOver(before, attributes, flags));
-            start = behind;
+        const NSUInteger end = NSMaxRange(range);
+        if (range.length == 0)
+            return;
+        std::size_t index = pieceAt(range.location);
+        if (_pieces[index].start < range.location) {
+            ++index;
+            _pieces.insert(at(index), {range.location, _pieces[index - 1].look});
+        }
+        while (index < _pieces.size() && _pieces[index].start < end) {
+            const std::uint32_t before = _pieces[index].look;
+            if (endOfPiece(index) > end)
+                _pieces.insert(at(index + 1), {end, before});
+            _pieces[index++].look = lookOver(before, attributes, flags);
         }
     }
 
     std::vector<Run> runs() const {
         std::vector<Run> result;
-        for (std::size_t start = 0; start < _ofUnit.size();) {
-            std::size_t end = start + 1;
-            while (end < _ofUnit.size() && _ofUnit[end] == _ofUnit[start])
-                ++end;
-            result.push_back({{_start + start, end - start}, _looks[_ofUnit[start]]});
-            start = end;
+        result.reserve(_pieces.size());
+        for (std::size_t index = 0; index < _pieces.size();) {
+            const Piece &piece = _pieces[index];
+            while (++index < _pieces.size() && _pieces[index].look == piece.look)
+                ;
+            const NSUInteger end = index < _pieces.size() ? _pieces[index].start : _end;
+            if (end > piece.start)
+                result.push_back({{piece.start, end - piece.start}, _looks[piece.look]});
         }
         return result;
     }
 
 private:
+    /// Reaches to the next one.
+    struct Piece {
+        NSUInteger start;
+        std::uint32_t look;
+    };
+    struct Repaint {
+        std::uint32_t before = 0;
+        const NSAttribute *attributes = nullptr;
+        std::uint64_t flags = ~std::uint64_t{0};
+        std::uint32_t after = 0;
+    };
+
+    std::vector<Piece>::iterator at(std::size_t index) {
+        return _pieces.begin() + static_cast<std::ptrdiff_t>(index);
+    }
+    NSUInteger endOfPiece(std::size_t index) const {
+        return index + 1 < _pieces.size() ? _pieces[index + 1].start : _end;
+    }
+
+    std::size_t pieceAt(NSUInteger location) const {
+        std::size_t index = _pieces.size() - 1;
+        for (int steps = 0; steps < 16 && index > 0; ++steps, --index)
+            if (_pieces[index].start <= location)
+                return index;
+        const auto behind =
+            std::upper_bound(_pieces.begin(), _pieces.end(), location,
+                             [](NSUInteger place, const Piece &piece) { return place < piece.start; });
+        return static_cast<std::size_t>(behind - _pieces.begin()) - 1;
+    }
+
     std::uint32_t lookOver(std::uint32_t before, const NSAttributes &attributes, std::uint64_t flags) {
+        const NSAttribute *const key = attributes.begin();
+        Repaint &recent =
+            _recent[(reinterpret_cast<std::uintptr_t>(key) / alignof(NSAttribute) + before) % _recent.size()];
+        if (recent.before != before || recent.attributes != key || recent.flags != flags)
+            recent = {before, key, flags, newLookOver(before, attributes, flags)};
+        return recent.after;
+    }
+
+    std::uint32_t newLookOver(std::uint32_t before, const NSAttributes &attributes, std::uint64_t flags) {
         const auto key = std::tuple(before, attributes.begin(), flags);
         if (const auto found = _known.find(key); found != _known.end())
             return found->second;
@@ -73,12 +118,13 @@ private:
                    equal + 1 == _looks.end() ? number : static_cast<std::uint32_t>(equal - _looks.begin());
     }
 
-    NSUInteger _start;
+    NSUInteger _end;
     NSAttributes _defaults;
     std::vector<NSAttributes> _looks;
-    std::vector<std::uint32_t> _ofUnit;
+    std::vector<Piece> _pieces;
+    std::array<Repaint, 64> _recent;
     std::map<std::tuple<std::uint32_t, const NSAttribute *, std::uint64_t>, std::uint32_t> _known;
-    /// Keeps what the table knows by its address.
+    /// Keeps what the tables know by its address.
     std::vector<NSAttributes> _kept;
 };
 
