@@ -20,6 +20,18 @@ bool isLineBreak(char16_t unit) {
     return (unit >= u'\n' && unit <= u'\r') || unit == u'\x85' || unit == u'\x2028' || unit == u'\x2029';
 }
 
+/// The bit of each ASCII unit in a line's mask of units, which has two words for these.
+struct ASCIIBits {
+    std::uint64_t low;
+    std::uint64_t high;
+};
+constexpr auto bitsOfASCII = [] {
+    std::array<ASCIIBits, 128> bits{};
+    for (std::size_t unit = 0; unit < bits.size(); ++unit)
+        (unit < 64 ? bits[unit].low : bits[unit].high) = std::uint64_t{1} << (unit % 64);
+    return bits;
+}();
+
 /// What has gathered, in an array of its size; the room stays for the next region, but where it is large.
 std::unique_ptr<QVScopeMatchArray> takeGrownTree(QVScopeMatchArray &tree) {
     if (tree.size() > QVSubmatchChunks::fewSubmatches)
@@ -185,24 +197,21 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     const char16_t *const characters = _text->characters();
     line.startsLine = location == 0 || isLineBreak(characters[location - 1]);
     NSUInteger position = location;
-    // Two words of bits for ASCII, in registers: this looks at every unit of the text.
-    std::uint64_t low = 0;
-    std::uint64_t high = 0;
+    // In registers, and with few steps: this looks at every unit of the text.
+    ASCIIBits units{0, 0};
     const auto note = [&](char16_t unit) {
-        const std::uint64_t bit = std::uint64_t(1) << (unit & 63);
-        if (unit >= 128) [[unlikely]] {
-            line.units[unit < 255 ? unit >> 6 : 3] |= unit < 255 ? bit : std::uint64_t(1) << 63;
-            line.hasSurrogates |= (unit & 0xF800) == 0xD800;
+        if (unit < 128) [[likely]] {
+            units.low |= bitsOfASCII[unit].low;
+            units.high |= bitsOfASCII[unit].high;
         } else {
-            const std::uint64_t isHigh = unit >> 6;
-            low |= isHigh ? 0 : bit;
-            high |= isHigh ? bit : 0;
+            line.units[unit < 255 ? unit >> 6 : 3] |= std::uint64_t(1) << (unit < 255 ? unit & 63 : 63);
+            line.hasSurrogates |= (unit & 0xF800) == 0xD800;
         }
     };
     for (; position < end; ++position) {
         const char16_t unit = characters[position];
         note(unit);
-        if (unit != u'\n' && unit != u'\r')
+        if (unit > u'\r' || (unit != u'\n' && unit != u'\r'))
             continue;
         line.newline = qv_rangeOfNewlineAtLocation(_text->view(), position);
         // Text that begins between CR and LF has only the LF.
@@ -214,8 +223,8 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     // A match may be tried at the contents' very end, where a pattern sees the unit behind the range.
     if (line.contentsEnd < _text->length())
         note(characters[line.contentsEnd]);
-    line.units[0] |= low;
-    line.units[1] |= high;
+    line.units[0] |= units.low;
+    line.units[1] |= units.high;
     constexpr std::uint64_t verticalTabAndFormFeed = std::uint64_t(3) << u'\v';
     constexpr std::uint64_t nextLine = std::uint64_t(1) << (u'\x85' & 63);
     line.holdsLineStarts =
