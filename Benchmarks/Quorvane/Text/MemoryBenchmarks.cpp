@@ -44,7 +44,10 @@ void keep(std::shared_ptr<void> object) {
 std::shared_ptr<QVParse> parseOf(const Text &text) {
     const auto parse =
         QVParse::initWithSyntax(text.syntax, text.string.length(), QVParseMainQueueConcurrencyType);
-    parse->performWritingBlockAndWait([&] { parse->replaceCharactersInRange({0, 0}, text.string, nullptr); });
+    parse->performWritingBlockAndWait([&] {
+        parse->replaceCharactersInRange({0, 0}, text.string, nullptr);
+        parse->finishDeferredWork();
+    });
     return parse;
 }
 

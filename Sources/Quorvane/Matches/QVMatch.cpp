@@ -10,8 +10,9 @@ namespace quorvane {
 void QVMatch::destroy(QVMatch *match) {
     QVMatchPool &pool = QVMatchPool::poolOf(match);
     if (QVScopeMatch *const scopeMatch = match->asScopeMatch()) {
+        const std::size_t bytes = scopeMatch->bytes();
         scopeMatch->~QVScopeMatch();
-        pool.deallocate(scopeMatch, sizeof(QVScopeMatch));
+        pool.deallocate(scopeMatch, bytes);
     } else {
         auto *const captureMatch = static_cast<QVCaptureMatch *>(match);
         captureMatch->~QVCaptureMatch();

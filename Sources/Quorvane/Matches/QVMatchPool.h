@@ -3,6 +3,7 @@
 #include "Platform/Foundation/QVExport.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <mutex>
@@ -14,6 +15,16 @@ class QVMatchPositions;
 class QVRegularExpressionResult;
 class QVScopeMatch;
 class QVSyntax;
+
+/// Makes the symbols of all matches of a tree, which nobody asked for until then. Called by readers side by
+/// side; all return when the symbols are there.
+class QVSymbolMaker {
+public:
+    virtual void makeSymbols() = 0;
+
+protected:
+    ~QVSymbolMaker() = default;
+};
 
 /// Where a parse's match nodes and their records live: slabs of memory that hand out small pieces and take
 /// them back without asking the general allocator. A document holds millions of nodes, made and freed by the
@@ -43,11 +54,16 @@ public:
     static QVMatchPool &poolOf(const void *piece);
 
     /// The largest piece that can be asked for, in bytes.
-    static constexpr std::size_t largestPiece = 128;
+    static constexpr std::size_t largestPiece = 144;
 
     /// Where the positions of the pool's one tree are kept, made when first asked for. They live as long as
     /// the pool, since matches point to them. Not for the shared pool, which has many trees.
     QVMatchPositions &positions();
+
+    /// Whom the matches ask before they tell their symbols; null while these are as they should be. Set with
+    /// write access, or by the maker when it is through.
+    QVSymbolMaker *symbolMaker() const { return _symbolMaker.load(std::memory_order_acquire); }
+    void setSymbolMaker(QVSymbolMaker *maker) { _symbolMaker.store(maker, std::memory_order_release); }
 
     void *allocate(std::size_t size);
     void deallocate(void *piece, std::size_t size);
@@ -92,6 +108,7 @@ private:
     std::array<FreePiece *, largestPiece / granule + 1> _free{};
     std::unordered_map<const QVScopeMatch *, Association> _associations;
     std::unique_ptr<QVMatchPositions> _positions;
+    std::atomic<QVSymbolMaker *> _symbolMaker = nullptr;
     mutable std::mutex _mutex;
 };
 

@@ -101,8 +101,8 @@ void QVMatchPositions::move(Item item, QVPositionChunk *chunk, NSUInteger differ
         moveCaptures(storage->endCaptureMatches.get());
     } else {
         match->moveStoredPlace(chunk, difference);
-        if (match->_storage != nullptr)
-            moveCaptures(match->_storage->captureMatches.get());
+        if (match->hasStorage())
+            moveCaptures(match->storage()->captureMatches.get());
     }
 }
 
@@ -224,6 +224,13 @@ void QVMatchPositions::setRoot(QVScopeMatch *root) {
     root->regionStorage()->endChunk = &_edge;
     if (QVScopeMatch *const first = QVScopeMatch::directFirstChild(root))
         attach(first, QVScopeMatch::directLastChild(root));
+}
+
+void QVMatchPositions::releaseRoot() {
+    QVAssert(_groups.empty(), u"A tree with places is let go");
+    _root->_positionChunk = &QVPositionChunk::absolute;
+    _root->regionStorage()->endChunk = &QVPositionChunk::absolute;
+    _root = nullptr;
 }
 
 void QVMatchPositions::attach(QVScopeMatch *first, QVScopeMatch *last) {

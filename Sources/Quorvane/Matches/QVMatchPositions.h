@@ -38,8 +38,12 @@ public:
     QVMatchPositions(const QVMatchPositions &) = delete;
     QVMatchPositions &operator=(const QVMatchPositions &) = delete;
 
-    /// Takes in a tree that has no positions; once.
+    /// Takes in a tree that has no positions. One at a time.
     void setRoot(QVScopeMatch *root);
+    /// Lets the tree go, which is empty but for its root: what comes into it is absolute until it is taken in
+    /// again.
+    void releaseRoot();
+    bool hasRoot() const { return _root != nullptr; }
     /// The positions of a match's tree; null where its place is absolute.
     static QVMatchPositions *positionsOf(const QVMatch *match);
 

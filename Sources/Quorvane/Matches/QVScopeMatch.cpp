@@ -11,7 +11,7 @@
 namespace quorvane {
 
 // A plain match is one piece of memory, whatever the language; the records' sizes are what their fields need.
-static_assert(sizeof(QVScopeMatch) <= 80);
+static_assert(sizeof(QVScopeMatch) <= 72);
 static_assert(sizeof(QVScopeMatchStorage) == 8);
 static_assert(sizeof(QVScopeMatchRegionStorage) == 64);
 static_assert(sizeof(QVScopeMatchSymbolStorage) == 72);
@@ -23,8 +23,17 @@ constexpr const char16_t *noSubmatches =
 
 } // namespace
 
+static_assert(sizeof(QVScopeMatch) + sizeof(QVScopeMatchSymbolStorage) <= QVMatchPool::largestPiece);
+
+/// The record stands behind the match in one piece of memory.
 QVScopeMatchReference QVScopeMatch::initWithScope(const QVScope *scope, QVMatchPool &pool) {
-    return QVScopeMatchReference(new (pool.allocate(sizeof(QVScopeMatch))) QVScopeMatch(scope, pool));
+    const QVScopeType type = scope->type();
+    const bool hasCaptures = !scope->captures().empty() || !scope->endCaptures().empty();
+    const bool hasSubmatches = type == QVScopeTypeStartEnd || type == QVScopeTypeRoot;
+    const bool hasSymbol = scope->directHasSymbol();
+    void *const memory =
+        pool.allocate(sizeof(QVScopeMatch) + storageBytes(hasCaptures, hasSubmatches, hasSymbol));
+    return QVScopeMatchReference(new (memory) QVScopeMatch(scope, hasCaptures, hasSubmatches, hasSymbol));
 }
 
 QVScopeMatchReference QVScopeMatch::init() {
@@ -38,22 +47,19 @@ std::size_t QVScopeMatch::storageBytes(bool hasCaptures, bool hasSubmatches, boo
                            : 0;
 }
 
-std::size_t QVScopeMatch::bytesForScope(const QVScope *scope) {
-    const QVScopeMatchReference match = initWithScope(scope);
-    return sizeof(QVScopeMatch) + storageBytes(match->_hasCaptures, match->_hasSubmatches, match->_hasSymbol);
-}
+std::size_t QVScopeMatch::bytesForScope(const QVScope *scope) { return initWithScope(scope)->bytes(); }
 
-QVScopeMatch::QVScopeMatch(const QVScope *scope, QVMatchPool &pool) : QVMatch(true), _scope(scope) {
-    const QVScopeType type = scope->type();
-    _hasCaptures = !scope->captures().empty() || !scope->endCaptures().empty();
-    _hasSubmatches = type == QVScopeTypeStartEnd || type == QVScopeTypeRoot;
-    _hasSymbol = scope->directHasSymbol();
-    if (_hasSymbol)
-        _storage = new (pool.allocate(sizeof(QVScopeMatchSymbolStorage))) QVScopeMatchSymbolStorage;
-    else if (_hasSubmatches)
-        _storage = new (pool.allocate(sizeof(QVScopeMatchRegionStorage))) QVScopeMatchRegionStorage;
-    else if (_hasCaptures)
-        _storage = new (pool.allocate(sizeof(QVScopeMatchStorage))) QVScopeMatchStorage;
+QVScopeMatch::QVScopeMatch(const QVScope *scope, bool hasCaptures, bool hasSubmatches, bool hasSymbol)
+    : QVMatch(true), _scope(scope) {
+    _hasCaptures = hasCaptures;
+    _hasSubmatches = hasSubmatches;
+    _hasSymbol = hasSymbol;
+    if (hasSymbol)
+        new (this + 1) QVScopeMatchSymbolStorage;
+    else if (hasSubmatches)
+        new (this + 1) QVScopeMatchRegionStorage;
+    else if (hasCaptures)
+        new (this + 1) QVScopeMatchStorage;
 }
 
 /// Stores captures' places as those of another chunk.
@@ -80,8 +86,8 @@ QVScopeMatch::~QVScopeMatch() {
     const bool hasPositions = _positionChunk != &QVPositionChunk::absolute;
     if (hasPositions && _skipForBumping)
         QVMatchPositions::positionsOf(this)->noteMark(this, false);
-    if (_storage != nullptr) {
-        abandonCaptures(_storage->captureMatches.get());
+    if (hasStorage()) {
+        abandonCaptures(storage()->captureMatches.get());
         if (_hasSubmatches) {
             abandonCaptures(regionStorage()->endCaptureMatches.get());
             releaseSubmatches();
@@ -94,14 +100,12 @@ QVScopeMatch::~QVScopeMatch() {
 }
 
 void QVScopeMatch::destroyStorage() {
-    const std::size_t bytes = storageBytes(_hasCaptures, _hasSubmatches, _hasSymbol);
     if (_hasSymbol)
         symbolStorage()->~QVScopeMatchSymbolStorage();
     else if (_hasSubmatches)
         regionStorage()->~QVScopeMatchRegionStorage();
     else
-        _storage->~QVScopeMatchStorage();
-    QVMatchPool::poolOf(_storage).deallocate(_storage, bytes);
+        storage()->~QVScopeMatchStorage();
 }
 
 void QVScopeMatch::setDirectEndRange(QVScopeMatch *match, NSRange endRange) {
@@ -138,8 +142,8 @@ void QVScopeMatch::setSkipForBumping(bool skip) {
 void QVScopeMatch::setCaptureMatches(std::unique_ptr<QVCaptureMatchArray> captureMatches) {
     QVAssert(!captureMatches || _hasCaptures,
              u"Attempt to modify capture matches on a match that does not support them.");
-    if (_storage != nullptr && (_hasCaptures || !captureMatches))
-        replaceCaptures(_storage->captureMatches, std::move(captureMatches), _positionChunk);
+    if (hasStorage() && (_hasCaptures || !captureMatches))
+        replaceCaptures(storage()->captureMatches, std::move(captureMatches), _positionChunk);
 }
 
 void QVScopeMatch::setEndCaptureMatches(std::unique_ptr<QVCaptureMatchArray> captureMatches) {
@@ -151,10 +155,18 @@ void QVScopeMatch::setEndCaptureMatches(std::unique_ptr<QVCaptureMatchArray> cap
 }
 
 std::unique_ptr<QVCaptureMatchArray> QVScopeMatch::takeCaptureMatches() {
-    if (_storage == nullptr)
+    if (!hasStorage())
         return nullptr;
-    moveCaptures(_storage->captureMatches.get(), &QVPositionChunk::absolute);
-    return std::move(_storage->captureMatches);
+    moveCaptures(storage()->captureMatches.get(), &QVPositionChunk::absolute);
+    return std::move(storage()->captureMatches);
+}
+
+QVParseSymbol *QVScopeMatch::symbol() const {
+    if (!_hasSymbol)
+        return nullptr;
+    if (QVSymbolMaker *const maker = QVMatchPool::poolOf(this).symbolMaker())
+        maker->makeSymbols();
+    return symbolStorage()->symbol;
 }
 
 void QVScopeMatch::setSymbol(QVParseSymbol *symbol) {

@@ -9,8 +9,8 @@ namespace quorvane {
 class QVParseSymbol;
 class QVScope;
 
-/// The record of what only some matches need, in three sizes, chosen once when a match is made: captures
-/// alone; a region's fields too; a symbol too. A plain match has none of them.
+/// The record of what only some matches need, behind the match in its piece of memory. Three sizes, chosen
+/// once when a match is made: captures alone; a region's fields too; a symbol too. A plain match has none.
 struct QVScopeMatchStorage {
     std::unique_ptr<QVCaptureMatchArray> captureMatches;
 };
@@ -73,7 +73,7 @@ public:
 
     /// Null where there are none. Setting asserts that the match can hold them, unless nothing is set.
     const QVCaptureMatchArray *captureMatches() const {
-        return _storage ? _storage->captureMatches.get() : nullptr;
+        return hasStorage() ? storage()->captureMatches.get() : nullptr;
     }
     void setCaptureMatches(std::unique_ptr<QVCaptureMatchArray> captureMatches);
     const QVCaptureMatchArray *endCaptureMatches() const {
@@ -83,7 +83,10 @@ public:
     /// Takes the captures away without releasing them, for handing them to another match.
     std::unique_ptr<QVCaptureMatchArray> takeCaptureMatches();
 
-    QVParseSymbol *symbol() const { return _hasSymbol ? symbolStorage()->symbol : nullptr; }
+    /// Null where there is none. The first question after a whole text was parsed has its symbols made.
+    QVParseSymbol *symbol() const;
+    /// As it stands, without having any made: for those who make symbols and take them away.
+    QVParseSymbol *linkedSymbol() const { return _hasSymbol ? symbolStorage()->symbol : nullptr; }
     void setSymbol(QVParseSymbol *symbol);
 
     // Children
@@ -133,15 +136,22 @@ private:
     friend class QVMatch;
     friend class QVMatchPositions;
 
-    explicit QVScopeMatch(const QVScope *scope, QVMatchPool &pool);
+    QVScopeMatch(const QVScope *scope, bool hasCaptures, bool hasSubmatches, bool hasSymbol);
     ~QVScopeMatch();
+    std::size_t bytes() const {
+        return sizeof(QVScopeMatch) + storageBytes(_hasCaptures, _hasSubmatches, _hasSymbol);
+    }
     static std::size_t storageBytes(bool hasCaptures, bool hasSubmatches, bool hasSymbol);
 
+    bool hasStorage() const { return _hasCaptures || _hasSubmatches || _hasSymbol; }
+    QVScopeMatchStorage *storage() const {
+        return reinterpret_cast<QVScopeMatchStorage *>(const_cast<QVScopeMatch *>(this) + 1);
+    }
     QVScopeMatchRegionStorage *regionStorage() const {
-        return static_cast<QVScopeMatchRegionStorage *>(_storage);
+        return static_cast<QVScopeMatchRegionStorage *>(storage());
     }
     QVScopeMatchSymbolStorage *symbolStorage() const {
-        return static_cast<QVScopeMatchSymbolStorage *>(_storage);
+        return static_cast<QVScopeMatchSymbolStorage *>(storage());
     }
     bool canChangeSubmatches() const;
     /// The positions that its children are in; null where they are absolute.
@@ -157,7 +167,6 @@ private:
     void takeRun(NSRange run, QVScopeMatchArray &into);
 
     const QVScope *_scope;
-    QVScopeMatchStorage *_storage = nullptr;
 };
 
 inline QVScopeMatch *QVMatch::asScopeMatch() {

@@ -44,6 +44,8 @@ NSRange QVParse::replaceCharactersInRange(NSRange range, std::u16string_view wit
         return NSNotFoundRange;
     Parsing parsing(*this, _parsing);
     const NSUInteger editLength = withString.size();
+    if (!_rootMatch->submatches().isEmpty() && !_pass->hasMatchWithoutPlace)
+        finishDeferredWork();
     _text->replaceCharactersInRange(range, withString);
     parsing.noteEdit();
     // What was remembered belonged to the text before.
@@ -78,7 +80,7 @@ NSRange QVParse::parseWholeText() {
     _rootMatch->setSubmatches(std::move(tree));
     if (isCancelled())
         return NSNotFoundRange;
-    symbolicateMatchesInRange({0, length}, _rootMatch.get());
+    deferWork();
     updateBracketDepths();
     return {0, length};
 }

@@ -116,7 +116,7 @@ void QVReparse::noteTouchedSymbols() {
     const auto noteAround = [&](const QVMatch *from) {
         for (const QVMatch *match = from; match != nullptr; match = match->parentMatch())
             if (match->isScopeMatch())
-                if (QVParseSymbol *const symbol = match->asScopeMatch()->symbol();
+                if (QVParseSymbol *const symbol = match->asScopeMatch()->linkedSymbol();
                     isListed(symbol) && symbol->range().location < _firstLocation)
                     touched.push_back(symbol);
     };
@@ -144,7 +144,7 @@ void QVReparse::noteCapturingSymbols() {
 }
 
 void QVReparse::noteSymbol(const QVScopeMatch *match, NSIndexSet &indexes) {
-    const QVParseSymbol *const symbol = match->symbol();
+    const QVParseSymbol *const symbol = match->linkedSymbol();
     if (!isListed(symbol)) {
         if (symbol != nullptr)
             _symbolEdit.goneArguments.push_back(symbol);

@@ -16,7 +16,10 @@
 
 namespace quorvane {
 
-void QVParse::updateSymbolRanges() { QVSymbolRelations(*this).updateAll(); }
+void QVParse::updateSymbolRanges() {
+    symbols();
+    QVSymbolRelations(*this).updateAll();
+}
 
 void QVParse::updateSymbolsBehindEdit(NSRange parsedRange, QVSymbolEdit &edit) {
     if (_symbolsTabWidth != tabWidth())

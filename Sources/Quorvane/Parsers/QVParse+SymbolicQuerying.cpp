@@ -160,7 +160,7 @@ private:
 
 std::shared_ptr<QVParseSymbol> QVParse::deepestSymbolContextContainingLocation(NSUInteger location) const {
     std::shared_ptr<QVParseSymbol> deepest;
-    for (const auto &symbol : _symbols) {
+    for (const auto &symbol : symbols()) {
         const NSRange range = symbol->fullRange();
         if (range.location > location)
             break;
@@ -309,7 +309,7 @@ std::vector<NSRange> QVParse::rangesForOccurrancesOfIdentifierAtLocation(NSUInte
 
     NSRange area{0, text.size()};
     const QVMatch *start = _rootMatch->firstChild();
-    for (const auto &candidate : _symbols)
+    for (const auto &candidate : symbols())
         if (limitsOccurrences(*candidate, options) && NSLocationInRange(location, candidate->fullRange())) {
             start = candidate->match();
             area = candidate->fullRange();

@@ -81,7 +81,6 @@ QVParse::QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity,
     _whitespaceScope = synthetic(QVScopeTypeWhitespace, u"%@.whitespace");
     _newlineScope = synthetic(QVScopeTypeNewline, u"%@.newline");
     _rootMatch = QVScopeMatch::initWithScope(_rootScope.get(), *_matchPool);
-    _matchPool->positions().setRoot(_rootMatch.get());
 }
 
 QVParse::~QVParse() { forgetSymbols(); }
@@ -105,6 +104,7 @@ void QVParse::setDelegate(const std::shared_ptr<QVParseDelegate> &delegate) {
 void QVParse::clearAllMatches() {
     forgetSymbols();
     _rootMatch->setSubmatches(nullptr);
+    forgetDeferredWork();
     _captureReach = 0;
     setBracketLocationsByDepth(std::vector<NSIndexSet>());
     // Nothing of other syntaxes' grammars is left in the tree; what comes next resolves them as a first parse

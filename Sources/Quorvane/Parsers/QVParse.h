@@ -60,7 +60,7 @@ enum QVParseConcurrencyType : std::uint64_t {
 ///
 /// Everything but construction, access, cancelling and the settings must be called with access held, inside
 /// one of the callbacks below, and no match may be kept past it.
-class QV_EXPORT QVParse final : public NSObject {
+class QV_EXPORT QVParse final : public NSObject, private QVSymbolMaker {
 public:
     /// Capacity in units, 0 for the usual. A null syntax is a programming error.
     static std::shared_ptr<QVParse> initWithSyntax(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity,
@@ -147,6 +147,10 @@ public:
     NSRange replaceCharactersInRange(NSRange range, std::u16string_view withString,
                                      QVBlock<void(double)> progressBlock);
     void clearAllMatches();
+    /// The parse of a whole text leaves what its colours don't need: symbols, and the order by which edits
+    /// move what is behind them. Symbols are made when first asked for, all of it before the next edit; who
+    /// has time now, as behind showing the colours, finishes it here. Write access.
+    void finishDeferredWork();
 
     /// The first old match, from the given one on in document order, that holds the location in its range or
     /// its end range or begins there; a region also on leaving its last child. For trees that an edit is at
@@ -207,7 +211,8 @@ public:
     // Symbols: the document's named things, in the order of their matches. They are brought up to date behind
     // every edit; these are the steps of that, with write access.
 
-    const std::vector<std::shared_ptr<QVParseSymbol>> &symbols() const { return _symbols; }
+    /// Read access. Those of a text that was parsed as a whole are made when first asked for.
+    const std::vector<std::shared_ptr<QVParseSymbol>> &symbols() const;
     /// Makes the symbols of the matches in a range that was just parsed, walking on from a match before it,
     /// and brings all relations up to date. The symbols of the matches that went away are gone already.
     void symbolicateMatchesInRange(NSRange range, QVMatch *startingWithMatch);
@@ -311,6 +316,9 @@ private:
     // Regions and lines
     struct Plan;
     NSRange parseWholeText();
+    void deferWork();
+    void forgetDeferredWork();
+    void makeSymbols() override;
     void parseRecursivelyStartingWithinMatch(QVScopeMatch *match, QVScopeMatchArray &intoTree, NSRange range,
                                              NSUInteger insertionIndex);
     const std::vector<std::shared_ptr<QVScope>> &scopeListForMatch(QVScopeMatch *match);
@@ -472,6 +480,8 @@ private:
     /// How far outside of its match, in units, a capture stands at most.
     NSUInteger _captureReach = 0;
     Symbols _symbols;
+    std::recursive_mutex _symbolsMutex;
+    bool _isMakingSymbols = false;
     std::unique_ptr<QVSymbolReaches> _symbolReaches;
     /// The text's as of the last edit: where symbols end that are open.
     NSUInteger _symbolsTextLength = 0;

@@ -80,7 +80,7 @@ void QVParseSymbol::setMatch(QVScopeMatch *match) {
 }
 
 void QVParseSymbol::forgetMatch() {
-    if (_match && _match->symbol() == this)
+    if (_match && _match->linkedSymbol() == this)
         _match->setSymbol(nullptr);
     setMatch(nullptr);
     _parentContextSymbol = nullptr;

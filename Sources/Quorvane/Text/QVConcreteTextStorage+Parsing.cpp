@@ -53,6 +53,8 @@ void QVConcreteTextStorage::reparseRange(NSRange range, NSInteger changeInLength
             if (storage->_parse == parse)
                 storage->didFinishReparsing(parsed);
         });
+        // The colours are on their way.
+        parse->finishDeferredWork();
     });
 }
 

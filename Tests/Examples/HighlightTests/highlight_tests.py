@@ -387,8 +387,8 @@ class HighlightTests(HighlightCase):
         values, names = self.statistics(text=b"a\r\nb\rc\n//\xf0\x9f\x98\x80")
         self.assertEqual(
             names,
-            ["units", "lines", "load-ms", "parse-ms", "nodes", "attributes-ms", "runs", "tree-bytes-per-unit",
-             "peak-rss-mb"],
+            ["units", "lines", "load-ms", "parse-ms", "symbols-ms", "nodes", "attributes-ms", "runs",
+             "tree-bytes-per-unit", "peak-rss-mb"],
         )
         # a CR LF b CR c LF / / and two halves of a character.
         self.assertEqual(values["units"], "11")
@@ -397,7 +397,7 @@ class HighlightTests(HighlightCase):
         self.assertEqual(values["nodes"], "8")
         # All but the comment, and the comment.
         self.assertEqual(values["runs"], "2")
-        for name in ("load-ms", "parse-ms", "attributes-ms", "tree-bytes-per-unit", "peak-rss-mb"):
+        for name in ("load-ms", "parse-ms", "symbols-ms", "attributes-ms", "tree-bytes-per-unit", "peak-rss-mb"):
             self.assertGreater(float(values[name]), 0, name)
 
     def test_a_line_ending_at_the_end_begins_no_line(self):

@@ -107,11 +107,11 @@ TEST(QVScopeMatch, EachOfThreeRecordsHasTheSizeOfItsFields) {
     EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeStartEnd, u"comment").get()), node + 72);
 }
 
-TEST(QVScopeMatch, ARecordIsOneMorePiece) {
+TEST(QVScopeMatch, ARecordIsInThePieceOfItsMatch) {
     const auto pool = QVMatchPool::create();
     const auto region = scopeOfType(QVScopeTypeStartEnd, u"comment");
     const auto match = QVScopeMatch::initWithScope(region.get(), *pool);
-    EXPECT_EQ(pool->livePieces(), 2u);
+    EXPECT_EQ(pool->livePieces(), 1u);
 }
 
 TEST(QVScopeMatch, TheScopeDecidesWhatAMatchCanHold) {
@@ -420,8 +420,8 @@ TEST_F(Submatches, AreReplacedAsAWhole) {
     fill({1, 2});
     parent->setSubmatches(std::make_unique<QVScopeMatchArray>(QVScopeMatchArray{make(7), make(8), make(9)}));
     EXPECT_THAT(children(), ElementsAre(7, 8, 9));
-    // The record, the parent and three children.
-    EXPECT_EQ(pool->livePieces(), 5u);
+    // The parent and three children.
+    EXPECT_EQ(pool->livePieces(), 4u);
     parent->setSubmatches(std::make_unique<QVScopeMatchArray>());
     EXPECT_THAT(children(), IsEmpty());
     EXPECT_TRUE(parent->submatches());
@@ -470,7 +470,7 @@ TEST_F(Submatches, OfAnIndexSetAreRemovedTogether) {
     EXPECT_THAT(children(), ElementsAre(4));
     parent->removeSubmatchesAtIndexes({0});
     EXPECT_THAT(children(), IsEmpty());
-    EXPECT_EQ(pool->livePieces(), 2u);
+    EXPECT_EQ(pool->livePieces(), 1u);
 }
 
 TEST_F(Submatches, OfAnIndexThatIsTooHighThrow) {
@@ -515,8 +515,8 @@ TEST_F(Submatches, ThatSomebodyHoldsOutliveTheirParent) {
         other->insertSubmatch(kept, 1);
     }
     EXPECT_EQ(kept->range(), (NSRange{4, 1}));
-    // The fixture's parent with its record, and the one that was kept.
-    EXPECT_EQ(pool->livePieces(), 3u);
+    // The fixture's parent, and the one that was kept.
+    EXPECT_EQ(pool->livePieces(), 2u);
 }
 
 // Values beside

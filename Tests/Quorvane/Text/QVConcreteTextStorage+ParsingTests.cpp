@@ -1,3 +1,4 @@
+#include "Quorvane/Matches/QVMatchPositions.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 #include "Tests/Quorvane/Text/StorageFixtures.h"
 
@@ -50,6 +51,15 @@ TEST(QVConcreteTextStorageParsing, ASyntaxBringsAParseOfTheWholeText) {
     EXPECT_EQ(parsedText(*storage), "k1 2");
     EXPECT_EQ(drawnHighlighting(*storage), "11.2");
     EXPECT_THAT(notifications.take(), ElementsAre("styles 0+4", "parse 0+4"));
+}
+
+TEST(QVConcreteTextStorageParsing, WhatTheColoursDontNeedIsDoneBehindThem) {
+    const auto storage = documentWithText(u"k1 2", smallLanguage());
+    storage->parse()->performReadingBlockAndWait([&] {
+        const QVScopeMatch *const match = storage->parse()->rootMatch()->firstChild();
+        ASSERT_NE(match, nullptr);
+        EXPECT_NE(QVMatchPositions::positionsOf(match), nullptr);
+    });
 }
 
 TEST(QVConcreteTextStorageParsing, AnEmptyDocumentIsParsedToo) {
