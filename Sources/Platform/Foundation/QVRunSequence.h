@@ -127,7 +127,8 @@ public:
     /// Takes entries out from a position on, puts items in there (whose locations are final), and moves all
     /// entries behind by a distance, which is negative by wrapping around. The items are moved from.
     void replace(Position at, NSUInteger removed, std::span<Item> items, NSUInteger distance) {
-        if (!replaceInsideOfChunk(at, removed, items, distance))
+        if (!replaceInsideOfChunk(at, removed, items, distance) &&
+            !replaceWhereTwoChunksMeet(at, removed, items, distance))
             replaceAcrossChunks(at, removed, items, distance);
     }
     void insert(Position at, NSUInteger location, Entry entry) {
@@ -290,10 +291,26 @@ private:
         return true;
     }
 
+    /// Takes from the end of one chunk and from the start of the next, as long as enough is left in both: who
+    /// types where two chunks meet comes this way with each letter.
+    bool replaceWhereTwoChunksMeet(Position at, NSUInteger removed, std::span<Item> items,
+                                   NSUInteger distance) {
+        if (at.chunk + 1 >= _chunks.size() || removed <= size(at.chunk) - at.slot)
+            return false;
+        const Position next{at.chunk + 1, 0};
+        const NSUInteger removedHere = size(at.chunk) - at.slot;
+        const NSUInteger removedThere = removed - removedHere;
+        const std::size_t least = std::max<std::size_t>(_capacity / 4, 1);
+        const std::size_t newSize = at.slot + items.size();
+        if (newSize < least || newSize > _capacity || removedThere + least > size(next.chunk))
+            return false;
+        replaceInsideOfChunk(at, removedHere, items, distance);
+        replaceInsideOfChunk(next, removedThere, {}, 0);
+        return true;
+    }
+
     /// The way of changes that fill, empty or cross chunks: makes the chunks concerned anew.
     void replaceAcrossChunks(Position at, NSUInteger removed, std::span<Item> items, NSUInteger distance) {
-        carryShiftTo(_chunks.empty() ? 0 : _chunks.size() - 1);
-        _pendingLocation = _pendingIndex = 0;
         std::size_t first = at.chunk;
         std::size_t end = first;
         std::vector<Item> all;
@@ -316,6 +333,7 @@ private:
         const bool fills =
             removed == 0 && end >= _chunks.size() && (_chunks.empty() || rest.slot == size(rest.chunk));
         all.reserve(number + (takesNext || takesPrevious ? _capacity : 0));
+        carryShiftTo(std::max<std::size_t>(end + (takesNext ? 1 : 0), 1) - 1);
         if (takesPrevious) {
             --first;
             take(all, first, 0, size(first), 0);
@@ -329,8 +347,7 @@ private:
             take(all, end, 0, size(end), distance);
             ++end;
         }
-        for (std::size_t i = end; i < _chunks.size(); ++i)
-            _bases[i] += distance;
+        _pendingLocation += distance;
         putIn(all, first, end, fills);
     }
 
@@ -341,10 +358,11 @@ private:
             items.push_back({_bases[chunk] + from.offsets[slot] + distance, std::move(from.entries[slot])});
     }
 
-    /// Puts chunks with the items in the place of others: full ones, or as few as they can be with the same
-    /// share each.
+    /// Puts chunks with the items in the place of others: full ones, or such with the same share each and
+    /// room for what is typed next, lest two chunks become one and two again with each letter.
     void putIn(std::vector<Item> &items, std::size_t first, std::size_t end, bool fills) {
-        const std::size_t number = (items.size() + _capacity - 1) / _capacity;
+        const std::size_t most = fills ? _capacity : std::max<std::size_t>(_capacity * 3 / 4, 1);
+        const std::size_t number = (items.size() + most - 1) / most;
         std::vector<std::unique_ptr<Chunk>> chunks;
         std::vector<NSUInteger> bases;
         chunks.reserve(number);
@@ -367,7 +385,7 @@ private:
             chunks.push_back(std::move(chunk));
         }
         const NSUInteger firstNumber = first < _chunks.size() ? _firstIndexes[first] : _count;
-        const NSUInteger numberBehind = end < _chunks.size() ? _firstIndexes[end] : _count;
+        const NSUInteger numberBehind = end < _chunks.size() ? firstIndex(end) : _count;
         const NSUInteger change = items.size() - (numberBehind - firstNumber);
         std::vector<NSUInteger> firstIndexes;
         firstIndexes.reserve(number);
@@ -376,13 +394,17 @@ private:
             firstIndexes.push_back(sum);
             sum += chunk->offsets.size();
         }
-        for (std::size_t i = end; i < _chunks.size(); ++i)
-            _firstIndexes[i] += change;
         exchange(_chunks, first, end, chunks);
         exchange(_bases, first, end, bases);
         exchange(_firstIndexes, first, end, firstIndexes);
         _count += change;
-        _exactThrough = _chunks.empty() ? 0 : _chunks.size() - 1;
+        _pendingIndex += change;
+        const std::size_t behind = first + number;
+        if (behind >= _chunks.size())
+            _pendingLocation = _pendingIndex = 0;
+        else if (behind == 0)
+            addToDirectory(0, 1, _pendingLocation, _pendingIndex);
+        _exactThrough = std::max<std::size_t>(behind, 1) - 1;
     }
 
     template <typename T>
