@@ -46,6 +46,47 @@ TEST(QVParseText, FollowsRandomEditsAsItGrowsAndShrinks) {
         model.replace(location, length, with);
         ASSERT_EQ(text.view(), model);
         ASSERT_EQ(text.characters(), text.view().data());
+        ASSERT_EQ(text.characters()[-1], u'\0');
+        ASSERT_EQ(text.characters()[text.length()], u'\0');
+    }
+}
+
+TEST(QVParseText, AnEditMovesTheShorterPartOfTheText) {
+    QVParseText text(20'000);
+    text.replaceCharactersInRange({0, 0}, std::u16string(10'000, u'a'));
+    const char16_t *const first = text.characters();
+    const char16_t *const last = first + 9'999;
+    text.replaceCharactersInRange({4000, 0}, u"xyz");
+    EXPECT_EQ(text.characters(), first - 3);
+    text.replaceCharactersInRange({4000, 2}, u"");
+    EXPECT_EQ(text.characters(), first - 1);
+    EXPECT_EQ(text.characters() + text.length() - 1, last);
+    text.replaceCharactersInRange({6000, 0}, u"xyz");
+    EXPECT_EQ(text.characters(), first - 1);
+    EXPECT_EQ(text.length(), 10'004u);
+}
+
+TEST(QVParseText, TypingAtTheFrontGoesOnWhenTheRoomThereIsUsedUp) {
+    QVParseText text(100);
+    std::u16string model(100, u'a');
+    text.replaceCharactersInRange({0, 0}, model);
+    for (int count = 0; count < 500; ++count) {
+        const std::u16string letter(1, static_cast<char16_t>(u'b' + count % 20));
+        text.replaceCharactersInRange({1, 0}, letter);
+        model.insert(1, letter);
+        ASSERT_EQ(text.view(), model);
+        ASSERT_EQ(text.characters()[-1], u'\0');
+    }
+}
+
+TEST(QVParseText, APartOfItselfCanBePutInAnywhere) {
+    for (const NSRange range : {NSRange{1, 0}, NSRange{1, 3}, NSRange{6, 1}, NSRange{8, 0}}) {
+        QVParseText text(200);
+        text.replaceCharactersInRange({0, 0}, u"abcdefgh");
+        text.replaceCharactersInRange(range, text.view().substr(2, 5));
+        std::u16string expected = u"abcdefgh";
+        expected.replace(range.location, range.length, u"cdefg");
+        EXPECT_EQ(text.view(), expected);
     }
 }
 
