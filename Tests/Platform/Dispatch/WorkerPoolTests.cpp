@@ -5,6 +5,8 @@
 
 #include <atomic>
 #include <latch>
+#include <random>
+#include <thread>
 
 using namespace quorvane;
 using dispatch::WorkerPool;
@@ -89,4 +91,126 @@ TEST(WorkerPool, SuperfluousThreadsGoAgain) {
     while (pool.threadCount() > dispatch::poolWidth())
         std::this_thread::yield();
     EXPECT_LE(pool.threadCount(), dispatch::poolWidth());
+}
+
+namespace {
+
+/// Naps that nobody lives to see the end of.
+constexpr dispatch::Lingering endlessNaps{.time = std::chrono::hours(24),
+                                          .parts = 1,
+                                          .shortestNap = std::chrono::hours(1),
+                                          .longestNap = std::chrono::hours(1)};
+constexpr dispatch::Lingering shortLingering{.time = std::chrono::microseconds(50),
+                                             .parts = 4,
+                                             .shortestNap = std::chrono::microseconds(5),
+                                             .longestNap = std::chrono::microseconds(20)};
+
+/// Runs a first task, and waits until a thread naps with none to run.
+void letAThreadLinger(WorkerPool &pool) {
+    const auto semaphore = dispatch_semaphore_create(0);
+    pool.submit([semaphore] { dispatch_semaphore_signal(semaphore); });
+    dispatch_semaphore_wait(semaphore, DISPATCH_TIME_FOREVER);
+    while (!pool.isLingering())
+        std::this_thread::yield();
+}
+
+} // namespace
+
+TEST(WorkerPool, ATaskCallsNobodyWhileAThreadLingers) {
+    WorkerPool &pool = WorkerPool::shared(QOS_CLASS_USER_INITIATED);
+    bool calledNobody = false;
+    // On a machine that is busy the thread can be through with lingering before the task comes.
+    for (int attempt = 0; attempt < 1000 && !calledNobody; ++attempt) {
+        letAThreadLinger(pool);
+        const std::size_t calls = pool.callCount();
+        std::atomic<bool> ran = false;
+        pool.submit([&] { ran = true; });
+        while (!ran)
+            std::this_thread::yield();
+        calledNobody = pool.callCount() == calls;
+    }
+    EXPECT_TRUE(calledNobody);
+}
+
+TEST(WorkerPool, ThreadsOfBackgroundPoolsDoNotLinger) {
+    WorkerPool &pool = WorkerPool::shared(QOS_CLASS_BACKGROUND);
+    for (int turn = 0; turn < 20; ++turn) {
+        std::atomic<bool> ran = false;
+        pool.submit([&] { ran = true; });
+        while (!ran)
+            std::this_thread::yield();
+        EXPECT_FALSE(pool.isLingering());
+    }
+}
+
+TEST(WorkerPool, AThreadThatHasLingeredSleepsUntilItIsCalled) {
+    WorkerPool &pool = *new WorkerPool(0, shortLingering);
+    for (std::size_t turn = 1; turn <= 100; ++turn) {
+        std::atomic<bool> ran = false;
+        pool.submit([&] { ran = true; });
+        EXPECT_EQ(pool.callCount(), turn);
+        while (!ran || pool.sleepingThreadCount() == 0)
+            std::this_thread::yield();
+        EXPECT_FALSE(pool.isLingering());
+    }
+    EXPECT_EQ(pool.threadCount(), 1u);
+}
+
+TEST(WorkerPool, WhoWaitsInThePlatformEndsANap) {
+    WorkerPool &pool = *new WorkerPool(0, endlessNaps);
+    for (int turn = 0; turn < 20; ++turn) {
+        letAThreadLinger(pool);
+        const auto semaphore = dispatch_semaphore_create(0);
+        pool.submit([&] { dispatch_semaphore_signal(semaphore); });
+        EXPECT_TRUE(dispatch_semaphore_wait(semaphore, DISPATCH_TIME_FOREVER));
+    }
+}
+
+TEST(WorkerPool, ATaskEndsANapWhileAnyThreadWaitsInThePlatform) {
+    WorkerPool &pool = *new WorkerPool(0, endlessNaps);
+    for (int turn = 0; turn < 200; ++turn) {
+        letAThreadLinger(pool);
+        const auto semaphore = dispatch_semaphore_create(0);
+        // It waits before the task comes, or behind it.
+        std::jthread waiting([&] { dispatch_semaphore_wait(semaphore, DISPATCH_TIME_FOREVER); });
+        pool.submit([&] { dispatch_semaphore_signal(semaphore); });
+    }
+}
+
+TEST(WorkerPool, MoreTasksThanTheOneForANappingThreadCallOthers) {
+    WorkerPool &pool = *new WorkerPool(0, endlessNaps);
+    letAThreadLinger(pool);
+    const std::size_t calls = pool.callCount();
+    // Each waits for the other, so both must run at once.
+    const auto first = dispatch_semaphore_create(0);
+    const auto second = dispatch_semaphore_create(0);
+    std::latch done(2);
+    const auto meet = [&](const dispatch_semaphore_t &mine, const dispatch_semaphore_t &others) {
+        dispatch_semaphore_signal(mine);
+        dispatch_semaphore_wait(others, DISPATCH_TIME_FOREVER);
+        done.count_down();
+    };
+    pool.submit([&] { meet(first, second); });
+    pool.submit([&] { meet(second, first); });
+    done.wait();
+    EXPECT_EQ(pool.callCount(), calls + 1);
+}
+
+TEST(WorkerPool, EachTaskRunsWhetherItsThreadNapsSleepsOrIsOnItsWay) {
+    WorkerPool &pool = *new WorkerPool(0, shortLingering);
+    std::mt19937 random(1);
+    std::atomic<int> ran = 0;
+    constexpr int count = 3000;
+    for (int number = 1; number <= count; ++number) {
+        pool.submit([&] { ++ran; });
+        // From none at all to more than the thread lingers.
+        for (auto pause = random() % 4 == 0 ? random() % 20'000 : random() % 50; pause > 0; --pause)
+            std::atomic_signal_fence(std::memory_order_seq_cst);
+        if (number % 3 == 0)
+            while (ran < number)
+                std::this_thread::yield();
+    }
+    while (ran < count)
+        std::this_thread::yield();
+    EXPECT_EQ(ran, count);
 }
