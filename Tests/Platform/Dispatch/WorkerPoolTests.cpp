@@ -80,7 +80,8 @@ TEST(WorkerPool, SuperfluousThreadsGoAgain) {
     const auto semaphore = dispatch_semaphore_create(0);
     std::latch begun(count);
     for (std::ptrdiff_t i = 0; i < count; ++i) {
-        pool.submit([&] {
+        // The last ones may still be on their way to the semaphore when the test is over.
+        pool.submit([&begun, semaphore] {
             begun.count_down();
             dispatch_semaphore_wait(semaphore, DISPATCH_TIME_FOREVER);
         });
