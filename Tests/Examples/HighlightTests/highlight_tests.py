@@ -418,7 +418,7 @@ class HighlightTests(HighlightCase):
     def test_repeating_prints_the_text_once(self):
         result = self.succeed("--syntax", "tiny", "--repeat", "3", "--stats", "-", text=b"a // b")
         self.assertEqual(ESCAPES.sub(b"", result.stdout), b"a // b")
-        self.assertEqual(len(result.stderr.splitlines()), 9)
+        self.assertEqual(len(result.stderr.splitlines()), 10)
         self.assertEqual(self.tree("--repeat=3", text=b"a // b"), self.tree(text=b"a // b"))
 
 
