@@ -27,9 +27,8 @@ constexpr Lingering lingeringOfThreads{
     .time = std::chrono::seconds(1),
     // A task waits for a nap's end as long as a small part of the pause that went before, and never so long
     // that it could be seen: half a nap on average, 0.3 ms behind a pause of 20 ms. That makes some 300 naps
-    // in
-    // the second, which take one hundredth of a processor (two to three while somebody types ten keys a
-    // second, each of which starts with short naps again).
+    // in the second, which take one hundredth of a processor, two to three while somebody types ten keys a
+    // second, each of which starts with short naps again.
     .parts = 32,
     .shortestNap = std::chrono::microseconds(500),
     .longestNap = std::chrono::milliseconds(4)};
