@@ -15,7 +15,6 @@ import sys
 # Source files that have such objects, and why these do no harm.
 ALLOWED = {
     "DispatchTimer.cpp": "Asio's key for what belongs to a thread, which its threads hold on to",
-    "WorkerPool.cpp": "Asio's key for what belongs to a thread, which its threads hold on to",
 }
 
 
