@@ -20,32 +20,36 @@ namespace highlight {
 namespace {
 
 /// Text whose look is painted over stretch by stretch. It is kept as pieces that look the same all over, and
-/// looks have numbers, so that painting compares and stores no more than those. What is painted comes from
-/// the text's start to its end, but for regions' ends, which come before what stands in them: so the piece
-/// that is painted over is among the last.
+/// looks have numbers, so that painting compares and stores no more than those. What is painted comes nearly
+/// in the order of the text: so the pieces are kept as those up to a place, and those behind it, the nearest
+/// on top.
 class Canvas {
 public:
     Canvas(NSRange range, const NSAttributes &defaults)
         : _end(NSMaxRange(range)), _defaults(defaults), _looks{defaults}, _pieces{{range.location, 0}} {}
 
     void paint(NSRange range, const NSAttributes &attributes, std::uint64_t flags) {
-        const NSUInteger end = NSMaxRange(range);
         if (range.length == 0)
             return;
-        std::size_t index = pieceAt(range.location);
-        if (_pieces[index].start < range.location) {
-            ++index;
-            _pieces.insert(at(index), {range.location, _pieces[index - 1].look});
-        }
-        while (index < _pieces.size() && _pieces[index].start < end) {
-            const std::uint32_t before = _pieces[index].look;
-            if (endOfPiece(index) > end)
-                _pieces.insert(at(index + 1), {end, before});
-            _pieces[index++].look = lookOver(before, attributes, flags);
+        goToPieceAt(range.location);
+        if (_pieces.back().start < range.location)
+            _pieces.push_back({range.location, _pieces.back().look});
+        const NSUInteger end = NSMaxRange(range);
+        while (true) {
+            std::uint32_t &look = _pieces.back().look;
+            const NSUInteger endOfPiece = _piecesBehind.empty() ? _end : _piecesBehind.back().start;
+            if (endOfPiece > end)
+                _piecesBehind.push_back({end, look});
+            look = lookOver(look, attributes, flags);
+            if (endOfPiece >= end)
+                return;
+            goToNextPiece();
         }
     }
 
-    std::vector<Run> runs() const {
+    std::vector<Run> runs() {
+        while (!_piecesBehind.empty())
+            goToNextPiece();
         std::vector<Run> result;
         result.reserve(_pieces.size());
         for (std::size_t index = 0; index < _pieces.size();) {
@@ -72,22 +76,18 @@ private:
         std::uint32_t after = 0;
     };
 
-    std::vector<Piece>::iterator at(std::size_t index) {
-        return _pieces.begin() + static_cast<std::ptrdiff_t>(index);
+    void goToNextPiece() {
+        _pieces.push_back(_piecesBehind.back());
+        _piecesBehind.pop_back();
     }
-    NSUInteger endOfPiece(std::size_t index) const {
-        return index + 1 < _pieces.size() ? _pieces[index + 1].start : _end;
-    }
-
-    std::size_t pieceAt(NSUInteger location) const {
-        std::size_t index = _pieces.size() - 1;
-        for (int steps = 0; steps < 16 && index > 0; ++steps, --index)
-            if (_pieces[index].start <= location)
-                return index;
-        const auto behind =
-            std::upper_bound(_pieces.begin(), _pieces.end(), location,
-                             [](NSUInteger place, const Piece &piece) { return place < piece.start; });
-        return static_cast<std::size_t>(behind - _pieces.begin()) - 1;
+    /// The piece at a place is the last of those up to it.
+    void goToPieceAt(NSUInteger location) {
+        while (_pieces.back().start > location) {
+            _piecesBehind.push_back(_pieces.back());
+            _pieces.pop_back();
+        }
+        while (!_piecesBehind.empty() && _piecesBehind.back().start <= location)
+            goToNextPiece();
     }
 
     std::uint32_t lookOver(std::uint32_t before, const NSAttributes &attributes, std::uint64_t flags) {
@@ -122,6 +122,7 @@ private:
     NSAttributes _defaults;
     std::vector<NSAttributes> _looks;
     std::vector<Piece> _pieces;
+    std::vector<Piece> _piecesBehind;
     std::array<Repaint, 64> _recent;
     std::map<std::tuple<std::uint32_t, const NSAttribute *, std::uint64_t>, std::uint32_t> _known;
     /// Keeps what the tables know by its address.
