@@ -83,7 +83,11 @@ QVParse::QVParse(std::shared_ptr<QVSyntax> syntax, NSUInteger capacity,
     _rootMatch = QVScopeMatch::initWithScope(_rootScope.get(), *_matchPool);
 }
 
-QVParse::~QVParse() { forgetSymbols(); }
+QVParse::~QVParse() {
+    // Matches that somebody holds ask nobody any more.
+    _matchPool->setSymbolMaker(nullptr);
+    forgetSymbols();
+}
 
 std::shared_ptr<QVParse> QVParse::self() { return std::static_pointer_cast<QVParse>(shared_from_this()); }
 

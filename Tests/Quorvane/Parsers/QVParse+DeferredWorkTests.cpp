@@ -91,6 +91,14 @@ TEST_F(DeferredWork, ATextThatGoesTakesItAlong) {
     EXPECT_EQ(drawn(), "class D 0+7\n");
 }
 
+TEST_F(DeferredWork, AMatchThatIsHeldBeyondItsParseHasNoSymbolMade) {
+    start(classes, u"class A");
+    const auto syntax = parse->syntax();
+    const QVScopeMatchReference held(parse->rootMatch()->firstChild());
+    parse.reset();
+    EXPECT_EQ(held->symbol(), nullptr);
+}
+
 TEST(DeferredWorkThreads, ReadersSideBySideGetTheSameSymbols) {
     const auto syntax = syntaxWithElements(scopesText(classes));
     for (int round = 0; round < 20; ++round) {
