@@ -33,12 +33,21 @@ const NSAttributes &QVAttributeRuns::attributesAtIndex(NSUInteger index, NSRange
 void QVAttributeRuns::replaceRange(NSRange range, NSUInteger length, const NSAttributes &attributes) {
     if (!_runs && (length == 0 || range.length == _length || _attributes == attributes)) {
         // Still one run.
-        if (length != 0)
+        if (length != 0 && !_attributes.isIdenticalTo(attributes))
             _attributes = NSAttributes(attributes);
         _length += length - range.length;
         if (_length == 0)
             _attributes = NSAttributes();
         return;
+    }
+    if (_runs && range.length == 0 && length != 0 && range.location > 0) {
+        // What is typed looks like the character before it, most of the time.
+        const Position before = _runs->positionOfLocation(range.location - 1);
+        if (_runs->entry(before) == attributes) {
+            _runs->shift(_runs->next(before), length);
+            _length += length;
+            return;
+        }
     }
     std::vector<Run> runs;
     if (length != 0)

@@ -72,6 +72,10 @@ NSUInteger QVFoldMap::positionForViewLocation(NSUInteger viewLocation) const {
 // MARK: - Changes
 
 void QVFoldMap::replace(NSRange viewRange, NSUInteger length, const std::vector<Item> &folds) {
+    if (_folds.isEmpty() && folds.empty()) {
+        _count += length - viewRange.length;
+        return;
+    }
     const NSUInteger first = firstFoldAtOrBehind(viewRange.location);
     const NSUInteger removed = firstFoldAtOrBehind(NSMaxRange(viewRange)) - first;
     for (NSUInteger index = first; index < first + removed; ++index)

@@ -78,10 +78,12 @@ void QVLineRunArray::replaceCharactersInRange(NSRange range, QVTextReader withSt
     if (range.location > _length || range.length > _length - range.location)
         throw NSException(NSInvalidArgumentException, u"Index is beyond of the bounds of the line run array");
     Splice splice{range.location, NSMaxRange(range), withString};
-    if (!lineForCharacterIndex(range.location, &splice.first))
+    const Position at = positionForCharacterIndex(range.location);
+    if (!_runs.isValid(at))
         return;
     ++_changes;
-    if (editInsideOfLine(splice))
+    splice.first = _runs.indexOfPosition(at);
+    if (editInsideOfLine(splice, at))
         return;
     if (splice.first + 1 != _runs.count() || splice.location != _length)
         removeText(splice);
@@ -94,8 +96,7 @@ void QVLineRunArray::replaceCharactersInRange(NSRange range, QVTextReader withSt
 
 /// What typing does, without the two steps of breaking the line and joining it again: the line's length
 /// changes and nothing else.
-bool QVLineRunArray::editInsideOfLine(const Splice &splice) {
-    const Position at = _runs.positionOfIndex(splice.first);
+bool QVLineRunArray::editInsideOfLine(const Splice &splice, Position at) {
     const NSRange range = rangeAt(at);
     Entry &line = _runs.entry(at);
     const NSUInteger contentsEnd = NSMaxRange(range) - (line.flags == pair ? 1 : 0);

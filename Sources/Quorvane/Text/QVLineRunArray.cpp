@@ -106,20 +106,24 @@ QVLineRun QVLineRunArray::lineForLineNumber(NSUInteger lineNumber) const {
     return runAt(_runs.positionOfIndex(lineNumber), lineNumber);
 }
 
-QVLineRun QVLineRunArray::lineForCharacterIndex(NSUInteger index, NSUInteger *runIndex) const {
+QVLineRunArray::Position QVLineRunArray::positionForCharacterIndex(NSUInteger index) const {
     if (index > _length)
         throwBeyondBounds();
-    Position at = _runs.last();
-    if (index != _length) {
-        if (_isContiguous)
-            at = _runs.positionOfLocation(index);
-        else
-            at = _runs.positionOfIndex(searchByProbing(index));
-        if (!_runs.isValid(at) || !NSLocationInRange(index, rangeAt(at))) {
-            fail(u"We should never get here, because a value should've been found by now.");
-            return {};
-        }
+    if (index == _length)
+        return _runs.last();
+    const Position at =
+        _isContiguous ? _runs.positionOfLocation(index) : _runs.positionOfIndex(searchByProbing(index));
+    if (!_runs.isValid(at) || !NSLocationInRange(index, rangeAt(at))) {
+        fail(u"We should never get here, because a value should've been found by now.");
+        return _runs.end();
     }
+    return at;
+}
+
+QVLineRun QVLineRunArray::lineForCharacterIndex(NSUInteger index, NSUInteger *runIndex) const {
+    const Position at = positionForCharacterIndex(index);
+    if (!_runs.isValid(at))
+        return {};
     const NSUInteger number = _runs.indexOfPosition(at);
     if (runIndex != nullptr)
         *runIndex = number;

@@ -123,6 +123,10 @@ private:
     NSUInteger numberOfLineNamedBefore(NSUInteger lineNumber, Position at) const;
     NSUInteger searchByProbing(NSUInteger index) const;
 
+    /// The line of a character, the last one for the text's end. Throws behind it; what is not valid was
+    /// reported.
+    Position positionForCharacterIndex(NSUInteger index) const;
+
     void nameBefore(NSUInteger lineNumber, NSUInteger named);
     void nameLineBefore(NSUInteger lineNumber);
     void forget(Entry &entry);
@@ -134,7 +138,7 @@ private:
     void cutTail(Splice &splice, NSUInteger lineNumber);
     NSUInteger insertText(Splice &splice);
     void finish(Splice &splice, NSUInteger lineNumber);
-    bool editInsideOfLine(const Splice &splice);
+    bool editInsideOfLine(const Splice &splice, Position at);
 
     const std::uint64_t _options;
     Sequence _runs;

@@ -94,6 +94,7 @@ private:
     void finishEdit(const Edit &edit, std::span<Item> items, NSRange range, NSUInteger length,
                     bool nextLeaves, bool nextGrows = false);
     void replaceWithObject(NSRange range, const Value &object, NSUInteger length);
+    bool extendPreviousRun(NSUInteger location, const Value &object, NSUInteger length);
     const Value &previousValue(const Edit &edit) const { return _runs.entry(_runs.previous(edit.first)); }
     void verify() const;
 
@@ -165,9 +166,32 @@ void QVMutableRLEArray<Value>::finishEdit(const Edit &edit, std::span<Item> item
     verify();
 }
 
+/// What typing does to most arrays: slots come in behind such with an equal value, and all runs stay.
+template <typename Value>
+bool QVMutableRLEArray<Value>::extendPreviousRun(NSUInteger location, const Value &object,
+                                                 NSUInteger length) {
+    if (_runs.isEmpty() || location == 0)
+        return false;
+    Position behind = _runs.end();
+    Position previous = _runs.last();
+    if (location < _count) {
+        previous = _runs.positionOfLocation(location - 1);
+        behind = _runs.next(previous);
+        if (!NSLocationInRange(location - 1, rangeOfRun(previous)))
+            return false;
+    }
+    if (!areEqual(_runs.entry(previous), object))
+        return false;
+    this->keepWhatWalksHold();
+    _runs.shift(behind, length);
+    _count += length;
+    verify();
+    return true;
+}
+
 template <typename Value>
 void QVMutableRLEArray<Value>::replaceWithObject(NSRange range, const Value &object, NSUInteger length) {
-    if (range.length == 0 && length == 0)
+    if (range.length == 0 && (length == 0 || extendPreviousRun(range.location, object, length)))
         return;
     Edit edit;
     if (!beginEdit(range, edit))
