@@ -111,6 +111,9 @@ public:
 
     /// The new characters bring their own attributes.
     virtual void replaceCharactersInRange(NSRange range, const NSAttributedString &withAttributedString);
+    /// All new characters get these attributes.
+    virtual void replaceCharactersInRangeWithAttributes(NSRange range, std::u16string_view withString,
+                                                        const NSAttributes &attributes);
     void insertAttributedString(const NSAttributedString &attributedString, NSUInteger atIndex);
     void appendAttributedString(const NSAttributedString &attributedString);
     void deleteCharactersInRange(NSRange range) { replaceCharactersInRange(range, std::u16string_view()); }

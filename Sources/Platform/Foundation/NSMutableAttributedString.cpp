@@ -62,6 +62,13 @@ public:
         replaceText(range, withAttributedString.string());
         _runs.replaceRange(range, runs);
     }
+    void replaceCharactersInRangeWithAttributes(NSRange range, std::u16string_view withString,
+                                                const NSAttributes &attributes) override {
+        checkRange(range);
+        const NSUInteger length = withString.size();
+        _text.replaceCharactersInRange(range, withString);
+        _runs.replaceRange(range, length, attributes);
+    }
     void setAttributes(const NSAttributes &attributes, NSRange range) override {
         checkRange(range);
         if (range.length > 0)
@@ -159,6 +166,12 @@ void NSMutableAttributedString::replaceCharactersInRange(NSRange range,
             setAttributes(attributes, {range.location + stretch.location, stretch.length});
         });
     endEditing();
+}
+
+void NSMutableAttributedString::replaceCharactersInRangeWithAttributes(NSRange range,
+                                                                       std::u16string_view withString,
+                                                                       const NSAttributes &attributes) {
+    replaceCharactersInRange(range, *NSAttributedString::initWithString(withString, attributes));
 }
 
 void NSMutableAttributedString::insertAttributedString(const NSAttributedString &attributedString,

@@ -15,21 +15,67 @@ NSAttributes QVConcreteTextStorage::attributesForTypingAtLocation(NSUInteger loc
         return _defaultTextAttributes;
     // Not fixed: what highlighting sets is not touched by fixing.
     const NSAttributes neighbour = _contents->attributesAtIndex(location > 0 ? location - 1 : 0);
-    if (!_typing.neighbour.isIdenticalTo(neighbour) ||
-        !_typing.defaults.isIdenticalTo(_defaultTextAttributes)) {
+    if (!_typing.defaults.isIdenticalTo(_defaultTextAttributes) || _typing.neighbour != neighbour) {
         NSMutableAttributes attributes(_defaultTextAttributes);
         for (const NSAttributeKey key : QVParse::attributesAffectedBySyntaxHighlighting())
             if (const NSAttributeValue *const value = neighbour.valueForKey(key))
                 attributes.set(key, *value);
         _typing = {neighbour, _defaultTextAttributes, attributes.attributes()};
+        // The very object, for what goes on looking like the character before it is compared with it all
+        // along.
+        if (_typing.attributes == neighbour)
+            _typing.attributes = neighbour;
+    } else if (!_typing.neighbour.isIdenticalTo(neighbour)) {
+        // Each round gives what it colours other objects, most of them with the same contents.
+        if (_typing.attributes.isIdenticalTo(_typing.neighbour))
+            _typing.attributes = neighbour;
+        _typing.neighbour = neighbour;
     }
     return _typing.attributes;
 }
 
+namespace {
+
+/// A few characters of one look, without an object of their own on the heap: what a key puts in. A copy, for
+/// what is put in may be a piece of the text that it goes to.
+class TypedString final : public NSAttributedString {
+public:
+    static constexpr std::size_t mostUnits = 16;
+
+    TypedString(std::u16string_view string, NSAttributes attributes)
+        : _length(string.copy(_units.data(), mostUnits)), _attributes(std::move(attributes)) {}
+
+    NSUInteger length() const override { return _length; }
+    QVTextReader string() const override { return view(); }
+    NSAttributes attributesAtIndex(NSUInteger index, NSRange *effectiveRange) const override {
+        checkIndex(index);
+        if (effectiveRange != nullptr)
+            *effectiveRange = {0, _length};
+        return _attributes;
+    }
+
+    std::u16string_view view() const { return {_units.data(), _length}; }
+    const NSAttributes &attributes() const { return _attributes; }
+
+private:
+    std::array<char16_t, mostUnits> _units;
+    const NSUInteger _length;
+    const NSAttributes _attributes;
+};
+
+} // namespace
+
 void QVConcreteTextStorage::replaceCharactersInRange(NSRange range, std::u16string_view withString) {
     checkRange(range);
-    replaceCharacters(range, *NSAttributedString::initWithString(
-                                 withString, attributesForTypingAtLocation(range.location)));
+    if (withString.size() > TypedString::mostUnits) {
+        replaceCharacters(range, *NSAttributedString::initWithString(
+                                     withString, attributesForTypingAtLocation(range.location)));
+        return;
+    }
+    const TypedString typed(withString, attributesForTypingAtLocation(range.location));
+    replaceCharacters(range, typed, [&] {
+        _contents->replaceCharactersInRangeWithAttributes(range, typed.view(), typed.attributes());
+    });
 }
 
 void QVConcreteTextStorage::replaceCharactersInRange(NSRange range,
@@ -38,6 +84,10 @@ void QVConcreteTextStorage::replaceCharactersInRange(NSRange range,
     const auto replacement = NSMutableAttributedString::initWithAttributedString(withAttributedString);
     completeAttributes(*replacement);
     replaceCharacters(range, *replacement);
+}
+
+void QVConcreteTextStorage::replaceCharacters(NSRange range, const NSAttributedString &replacement) {
+    replaceCharacters(range, replacement, [&] { _contents->replaceCharactersInRange(range, replacement); });
 }
 
 void QVConcreteTextStorage::completeAttributes(NSMutableAttributedString &attributedString) const {
@@ -55,14 +105,15 @@ void QVConcreteTextStorage::completeAttributes(NSMutableAttributedString &attrib
         });
 }
 
-void QVConcreteTextStorage::replaceCharacters(NSRange range, const NSAttributedString &replacement) {
+void QVConcreteTextStorage::replaceCharacters(NSRange range, const NSAttributedString &replacement,
+                                              QVBlock<void()> changeContents) {
     performBlockWithFoldingTextStorages([&](QVBackingStorageView &view) {
         view.backingStorageWillReplaceCharactersInRange(range, replacement);
     });
     willChange(NSTextStorageEditedAttributes | NSTextStorageEditedCharacters, range, &replacement);
 
     const NSUInteger count = replacement.length();
-    _contents->replaceCharactersInRange(range, replacement);
+    changeContents();
     _syntaxHighlightingAttributes->replaceObjectsInRange(range, NSAttributes(), count);
     _extendedAttributes->replaceObjectsInRange(range, NSAttributes(), count);
     const std::shared_ptr<QVSyntax> syntax =

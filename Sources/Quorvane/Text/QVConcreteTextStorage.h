@@ -185,6 +185,9 @@ private:
     NSAttributes attributesForTypingAtLocation(NSUInteger location);
     void completeAttributes(NSMutableAttributedString &attributedString) const;
     void replaceCharacters(NSRange range, const NSAttributedString &replacement);
+    /// The block puts the replacement into the contents, when all have been told that it will come.
+    void replaceCharacters(NSRange range, const NSAttributedString &replacement,
+                           QVBlock<void()> changeContents);
     template <typename Change, typename Tell> void changeAttributes(NSRange range, Change change, Tell tell);
     /// What was edited in the bracket that is open; the lines and the rounds know nothing of it yet.
     Edit unprocessedEdit() const;

@@ -163,6 +163,23 @@ TEST(NSMutableAttributedString, InsertedAttributedTextBringsItsOwnAttributes) {
     EXPECT_TRUE(string->isEqualToAttributedString(*abc()));
 }
 
+TEST(NSMutableAttributedString, NewCharactersGetTheGivenAttributes) {
+    const auto string = abc();
+    Storage storage;
+    for (NSMutableAttributedString *const each :
+         {string.get(), static_cast<NSMutableAttributedString *>(&storage)}) {
+        each->replaceCharactersInRangeWithAttributes({1, 0}, u"XY", {{keyA, 1}});
+        EXPECT_EQ(each->description(), u"aXY{a = 1}b{b = 1}c{c = 1}");
+        each->replaceCharactersInRangeWithAttributes({2, 3}, u"Z", {{keyC, 2}});
+        EXPECT_EQ(each->description(), u"aX{a = 1}Z{c = 2}");
+        each->replaceCharactersInRangeWithAttributes({3, 0}, u"", {{keyB, 5}});
+        each->replaceCharactersInRangeWithAttributes({0, 2}, u"", {{keyB, 5}});
+        EXPECT_EQ(each->description(), u"Z{c = 2}");
+        each->replaceCharactersInRangeWithAttributes({0, 0}, u"Q", {});
+        EXPECT_EQ(each->description(), u"Q{}Z{c = 2}");
+    }
+}
+
 TEST(NSMutableAttributedString, CanBePutIntoItself) {
     const auto string = abc();
     string->insertAttributedString(*string, 1);
@@ -235,6 +252,7 @@ TEST(NSMutableAttributedString, ChangesOutsideRaiseRangeExceptionsAndChangeNothi
     };
     expectRangeException([&] { string->replaceCharactersInRange({2, 2}, u"x"); });
     expectRangeException([&] { string->replaceCharactersInRange({4, 0}, u"x"); });
+    expectRangeException([&] { string->replaceCharactersInRangeWithAttributes({3, 1}, u"x", {}); });
     expectRangeException([&] { string->setAttributes({}, {0, 4}); });
     expectRangeException([&] { string->addAttribute(keyA, 1, {3, 1}); });
     expectRangeException([&] { string->removeAttribute(keyA, {NSNotFound, 1}); });

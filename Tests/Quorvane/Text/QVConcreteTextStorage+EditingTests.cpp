@@ -102,6 +102,63 @@ TEST(QVConcreteTextStorageEditing, TypingFollowsANeighbourThatChanges) {
               NSAttributeValue(NSColor::clearColor()));
 }
 
+TEST(QVConcreteTextStorageEditing, TypedTextThatLooksLikeItsNeighbourSharesItsAttributes) {
+    // Each key made them anew, for what it put in was equal to its neighbour and another object.
+    const auto storage = QVConcreteTextStorage::initWithString(u"plain");
+    const NSAttributes first = storage->contents().attributesAtIndex(0);
+    storage->replaceCharactersInRange({5, 0}, u"x");
+    storage->replaceCharactersInRange({6, 0}, u"y");
+    EXPECT_TRUE(storage->contents().attributesAtIndex(6).isIdenticalTo(first));
+    // Among other looks too.
+    storage->addAttribute(NSForegroundColorAttributeName, NSColor::clearColor(), {0, 1});
+    storage->replaceCharactersInRange({7, 0}, u"z");
+    EXPECT_TRUE(storage->contents().attributesAtIndex(7).isIdenticalTo(first));
+    EXPECT_EQ(textOf(*storage), "plainxyz");
+}
+
+TEST(QVConcreteTextStorageEditing, TypedTextFollowsANeighbourThatIsEqualAndAnotherObject) {
+    const auto storage = colouredStorage();
+    storage->replaceCharactersInRange({1, 0}, u"x");
+    const NSAttributes typed = storage->contents().attributesAtIndex(1);
+    // As a round does that gives the same colours again.
+    storage->addAttribute(NSForegroundColorAttributeName, NSColor::blackColor(), {0, 2});
+    storage->addAttribute(NSForegroundColorAttributeName, NSColor::whiteColor(), {0, 2});
+    storage->replaceCharactersInRange({2, 0}, u"y");
+    EXPECT_EQ(storage->contents().attributesAtIndex(2), typed);
+    storage->replaceCharactersInRange({1, 0}, u"z");
+    EXPECT_EQ(storage->contents().attributesAtIndex(1), typed);
+}
+
+TEST(QVConcreteTextStorageEditing, TypedTextFollowsDefaultAttributesThatChange) {
+    const auto storage = QVConcreteTextStorage::initWithString(u"a");
+    storage->replaceCharactersInRange({1, 0}, u"b");
+    NSMutableAttributes defaults(storage->defaultTextAttributes());
+    defaults.set(NSToolTipAttributeName, u"tip");
+    storage->setDefaultTextAttributes(defaults.attributes());
+    storage->replaceCharactersInRange({2, 0}, u"c");
+    EXPECT_EQ(storage->contents().attribute(NSToolTipAttributeName, 2), NSAttributeValue(u"tip"));
+}
+
+TEST(QVConcreteTextStorageEditing, APieceOfTheTextItselfCanBeTyped) {
+    // Whatever its length, those who are told behind the edit see what was put in.
+    for (const NSUInteger count : {1u, 16u, 17u, 40u}) {
+        SCOPED_TRACE(count);
+        std::u16string text = u"<";
+        for (NSUInteger index = 0; index < 60; ++index)
+            text.push_back(static_cast<char16_t>(u'!' + index));
+        const auto storage = QVConcreteTextStorage::initWithString(text);
+        Lines lines;
+        const StorageView view(*storage, lines);
+        const auto piece = storage->string().contiguousView().substr(5, count);
+        const std::string expected = NSString(piece).UTF8String();
+        storage->replaceCharactersInRange({0, 1}, piece);
+        const std::string text8 = textOf(*storage);
+        EXPECT_EQ(text8.substr(0, count), expected);
+        ASSERT_EQ(lines.size(), 2u);
+        EXPECT_EQ(lines[1], "view did replace '" + expected + "' in '" + text8 + "' 0+1");
+    }
+}
+
 TEST(QVConcreteTextStorageEditing, AttributedTextKeepsItsAttributesAndGetsWhatItLacks) {
     const auto storage = colouredStorage();
     const auto pasted = NSMutableAttributedString::initWithString(u"123", mark(7));
