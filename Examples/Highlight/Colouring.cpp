@@ -21,54 +21,59 @@ namespace {
 
 /// Text whose look is painted over stretch by stretch. It is kept as pieces that look the same all over, and
 /// looks have numbers, so that painting compares and stores no more than those. What is painted comes nearly
-/// in the order of the text: so the pieces are kept as those up to a place, and those behind it, the nearest
-/// on top.
+/// in the order of the text: so the pieces up to the present place stand in front of a gap, all others behind
+/// it, and each is moved over it about once.
 class Canvas {
 public:
-    Canvas(NSRange range, const NSAttributes &defaults)
-        : _end(NSMaxRange(range)), _defaults(defaults), _looks{defaults}, _pieces{{range.location, 0}} {}
+    Canvas(NSRange range, const NSAttributes &defaults, Runs spare)
+        // Room that is not used costs nothing, and pieces that must move cost more than those that are
+        // painted.
+        : _room(spare.takeRoom(range.length / 4 + 2)), _pieces(_room.starts.get()), _behind(_room.size - 1),
+          _end(NSMaxRange(range)), _defaults(defaults), _looks{defaults} {
+        _pieces[0] = {range.location, 0};
+        // Ends the last piece.
+        _pieces[_behind] = {_end, 0};
+    }
 
     void paint(NSRange range, const NSAttributes &attributes, std::uint64_t flags) {
         if (range.length == 0)
             return;
+        // Each end of the range may cut a piece.
+        if (_behind - _front < 2)
+            widenGap();
         goToPieceAt(range.location);
-        if (_pieces.back().start < range.location)
-            _pieces.push_back({range.location, _pieces.back().look});
+        Runs::Start *piece = &_pieces[_front - 1];
+        if (piece->location < range.location) {
+            _pieces[_front++] = {range.location, piece->look};
+            ++piece;
+        }
         const NSUInteger end = NSMaxRange(range);
         while (true) {
-            std::uint32_t &look = _pieces.back().look;
-            const NSUInteger endOfPiece = _piecesBehind.empty() ? _end : _piecesBehind.back().start;
+            const NSUInteger endOfPiece = _pieces[_behind].location;
             if (endOfPiece > end)
-                _piecesBehind.push_back({end, look});
-            look = lookOver(look, attributes, flags);
+                _pieces[--_behind] = {end, piece->look};
+            piece->look = lookOver(static_cast<std::uint32_t>(piece->look), attributes, flags);
             if (endOfPiece >= end)
                 return;
             goToNextPiece();
+            ++piece;
         }
     }
 
-    std::vector<Run> runs() {
-        while (!_piecesBehind.empty())
+    /// Takes the pieces out of the canvas.
+    Runs takeRuns() {
+        while (_behind + 1 < _room.size)
             goToNextPiece();
-        std::vector<Run> result;
-        result.reserve(_pieces.size());
-        for (std::size_t index = 0; index < _pieces.size();) {
-            const Piece &piece = _pieces[index];
-            while (++index < _pieces.size() && _pieces[index].look == piece.look)
-                ;
-            const NSUInteger end = index < _pieces.size() ? _pieces[index].start : _end;
-            if (end > piece.start)
-                result.push_back({{piece.start, end - piece.start}, _looks[piece.look]});
+        std::size_t kept = 0;
+        for (std::size_t index = 0; index < _front; ++index) {
+            const Runs::Start piece = _pieces[index];
+            if (piece.location < _end && (kept == 0 || _pieces[kept - 1].look != piece.look))
+                _pieces[kept++] = piece;
         }
-        return result;
+        return Runs(std::move(_room), kept, _end, std::move(_looks));
     }
 
 private:
-    /// Reaches to the next one.
-    struct Piece {
-        NSUInteger start;
-        std::uint32_t look;
-    };
     struct Repaint {
         std::uint32_t before = 0;
         const NSAttribute *attributes = nullptr;
@@ -76,18 +81,21 @@ private:
         std::uint32_t after = 0;
     };
 
-    void goToNextPiece() {
-        _pieces.push_back(_piecesBehind.back());
-        _piecesBehind.pop_back();
-    }
-    /// The piece at a place is the last of those up to it.
+    void goToNextPiece() { _pieces[_front++] = _pieces[_behind++]; }
+    /// The piece at a place is the last one in front of the gap.
     void goToPieceAt(NSUInteger location) {
-        while (_pieces.back().start > location) {
-            _piecesBehind.push_back(_pieces.back());
-            _pieces.pop_back();
-        }
-        while (!_piecesBehind.empty() && _piecesBehind.back().start <= location)
+        while (_pieces[_front - 1].location > location)
+            _pieces[--_behind] = _pieces[--_front];
+        while (_pieces[_behind].location <= location)
             goToNextPiece();
+    }
+    void widenGap() {
+        Runs::Room wider(2 * _room.size + 2);
+        std::copy_n(_pieces, _front, wider.starts.get());
+        std::copy_backward(_pieces + _behind, _pieces + _room.size, wider.starts.get() + wider.size);
+        _behind += wider.size - _room.size;
+        _room = std::move(wider);
+        _pieces = _room.starts.get();
     }
 
     std::uint32_t lookOver(std::uint32_t before, const NSAttributes &attributes, std::uint64_t flags) {
@@ -118,11 +126,14 @@ private:
                    equal + 1 == _looks.end() ? number : static_cast<std::uint32_t>(equal - _looks.begin());
     }
 
+    /// In order in front of the gap and behind it.
+    Runs::Room _room;
+    Runs::Start *_pieces;
+    std::size_t _front = 1;
+    std::size_t _behind;
     NSUInteger _end;
     NSAttributes _defaults;
     std::vector<NSAttributes> _looks;
-    std::vector<Piece> _pieces;
-    std::vector<Piece> _piecesBehind;
     std::array<Repaint, 64> _recent;
     std::map<std::tuple<std::uint32_t, const NSAttribute *, std::uint64_t>, std::uint32_t> _known;
     /// Keeps what the tables know by its address.
@@ -160,13 +171,13 @@ NSAttributes defaultAttributes(const QVTheme &theme) {
     return attributes.attributes();
 }
 
-std::vector<Run> attributeRuns(const QVParse &parse, NSRange range, const NSAttributes &defaults) {
-    Canvas canvas(range, defaults);
+Runs attributeRuns(const QVParse &parse, NSRange range, const NSAttributes &defaults, Runs spare) {
+    Canvas canvas(range, defaults, std::move(spare));
     parse.enumerateAttributesInRange(range, defaults,
                                      [&](const NSAttributes &attributes, NSRange stretch,
                                          const std::shared_ptr<QVSyntax> &, std::uint64_t flags,
                                          bool &) { canvas.paint(stretch, attributes, flags); });
-    return canvas.runs();
+    return canvas.takeRuns();
 }
 
 std::optional<Colour> colourOf(const NSColor *color) {

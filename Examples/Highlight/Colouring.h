@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Arguments.h"
+#include "Runs.h"
 
 #include "Quorvane/Parsers/QVParse.h"
 #include "Quorvane/Styles/QVTheme.h"
@@ -8,12 +9,6 @@
 #include <unordered_map>
 
 namespace highlight {
-
-/// A stretch of the text that looks the same all over. Places are UTF-16 code units.
-struct Run {
-    quorvane::NSRange range;
-    quorvane::NSAttributes attributes;
-};
 
 /// A colour as screens take it.
 struct Colour {
@@ -44,9 +39,9 @@ std::shared_ptr<quorvane::QVTheme> themeNamed(const std::string &name);
 /// The attributes of plain text under a theme.
 quorvane::NSAttributes defaultAttributes(const quorvane::QVTheme &theme);
 
-/// The runs of a range of the text, in order and without gaps. Needs read access.
-std::vector<Run> attributeRuns(const quorvane::QVParse &parse, quorvane::NSRange range,
-                               const quorvane::NSAttributes &defaults);
+/// The runs of a range of the text. Needs read access. Runs that are needed no longer may give their memory.
+Runs attributeRuns(const quorvane::QVParse &parse, quorvane::NSRange range,
+                   const quorvane::NSAttributes &defaults, Runs spare = {});
 
 Look lookOfAttributes(const quorvane::NSAttributes &attributes, const quorvane::NSAttributes &defaults);
 

@@ -324,16 +324,16 @@ std::string textOfLayers(const std::vector<Layer> &layers, const NSAttributes &d
 } // namespace
 
 std::string explanationText(const QVParse &parse, NSUInteger location, const std::string &file,
-                            const std::vector<Run> &runs, const NSAttributes &defaults, ScopePlaces &places) {
+                            const Runs &runs, const NSAttributes &defaults, ScopePlaces &places) {
     const std::u16string_view text = parse.string();
     std::shared_ptr<QVSyntax> syntax;
     parse.matchAtLocation(location, false, &syntax);
     LayerCollector collector(location, text.size());
     collector.visit(*parse.rootMatch());
-    const auto run = std::find_if(runs.begin(), runs.end(), [location](const Run &candidate) {
-        return NSLocationInRange(location, candidate.range);
-    });
-    const std::string look = textOfLook(lookOfAttributes(run->attributes, defaults));
+    std::size_t run = 0;
+    while (!NSLocationInRange(location, runs[run].range))
+        ++run;
+    const std::string look = textOfLook(lookOfAttributes(runs[run].attributes, defaults));
 
     return file + ":" + textOfPlace(TextPlaces(text).placeOfLocation(location)) + ": " +
            utf8(syntax->name()) + "\nscopes, from the outside in:\n" +

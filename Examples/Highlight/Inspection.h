@@ -12,8 +12,8 @@ std::string listText(const SyntaxFiles &files);
 /// the styles that reach it with what becomes of each of their properties, and what it looks like in the end,
 /// which is what the text's runs say. Needs read access.
 std::string explanationText(const quorvane::QVParse &parse, quorvane::NSUInteger location,
-                            const std::string &file, const std::vector<Run> &runs,
-                            const quorvane::NSAttributes &defaults, ScopePlaces &places);
+                            const std::string &file, const Runs &runs, const quorvane::NSAttributes &defaults,
+                            ScopePlaces &places);
 
 /// One line for each scope that was tried: milliseconds, hits, misses, its name and where it stands; those
 /// that took longest first. Needs a parse that collected them.

@@ -70,10 +70,10 @@ public:
             _end = NSNotFound;
             bool isPlain = true;
             for (std::size_t index = 0; index < _themes.size(); ++index) {
-                const std::vector<Run> &runs = _themes[index].runs;
+                const Runs &runs = _themes[index].runs;
                 while (NSMaxRange(runs[_next[index]].range) <= place)
                     ++_next[index];
-                const Run &run = runs[_next[index]];
+                const Run run = runs[_next[index]];
                 _numbers.push_back(_looks[index].numberOf(run.attributes));
                 isPlain = isPlain && _looks[index].isPlain(_numbers.back());
                 _end = std::min(_end, NSMaxRange(run.range));

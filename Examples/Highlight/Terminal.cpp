@@ -75,7 +75,7 @@ std::string codesOfLook(const Look &look, ColourDepth depth) {
 
 } // namespace
 
-std::string ansiText(std::u16string_view text, const std::vector<Run> &runs, const NSAttributes &defaults,
+std::string ansiText(std::u16string_view text, const Runs &runs, const NSAttributes &defaults,
                      ColourDepth depth) {
     if (depth == ColourDepth::None)
         return NSString(text).UTF8String();
@@ -121,10 +121,10 @@ std::string textOfLook(const Look &look) {
     return output;
 }
 
-std::string attributesText(const std::vector<Run> &runs, const NSAttributes &defaults) {
+std::string attributesText(const Runs &runs, const NSAttributes &defaults) {
     std::string output;
     Looks looks(defaults);
-    for (const Run &run : runs) {
+    for (const Run run : runs) {
         output += std::to_string(run.range.location) + " " + std::to_string(run.range.length);
         const std::string look = textOfLook(looks[looks.numberOf(run.attributes)]);
         output += (look.empty() ? "" : " ") + look;

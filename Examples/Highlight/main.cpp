@@ -245,7 +245,7 @@ void highlightFile(const Arguments &arguments, const std::string &file, const Sy
                 controller->setCurrentTheme(theme.theme);
             for (std::uint64_t turn = 0; turn < (index == 0 ? arguments.repeat : 1); ++turn) {
                 const Clock::time_point start = Clock::now();
-                theme.runs = attributeRuns(*document.parse, all, theme.defaults);
+                theme.runs = attributeRuns(*document.parse, all, theme.defaults, std::move(theme.runs));
                 if (index == 0)
                     document.attributesTimes.push_back(milliseconds(Clock::now() - start));
             }
