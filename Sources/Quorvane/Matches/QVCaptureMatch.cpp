@@ -16,23 +16,33 @@ std::unique_ptr<QVCaptureMatchArray> QVCaptureMatch::captureMatchesWithCaptures(
     const QVScope::Captures &captures, const QVRegularExpression &regularExpression,
     ::pcre2_real_match_data_16 *matchData, NSUInteger offset, std::u16string_view, NSRange,
     QVScopeMatch *parentMatch, QVMatchPool &pool) {
+    auto matches = captureMatchesWithGroups(captures, regularExpression, {matchData}, parentMatch, pool);
+    if (matches && offset != 0)
+        for (const auto &match : *matches)
+            match->setRange({match->range().location + offset, match->range().length});
+    return matches;
+}
+
+std::unique_ptr<QVCaptureMatchArray> QVCaptureMatch::captureMatchesWithGroups(
+    const QVScope::Captures &captures, const QVRegularExpression &regularExpression,
+    const QVGroupsOfHit &groups, QVScopeMatch *parentMatch, QVMatchPool &pool) {
     std::unique_ptr<QVCaptureMatchArray> matches;
     for (const auto &capture : captures) {
         if (capture->number() > regularExpression.numberOfCaptureGroups())
             continue;
-        const NSRange range = QVPCRE2MatchDataRangeAtIndex(matchData, capture->number(), offset);
+        const NSRange range = groups.rangeAtIndex(capture->number());
         if (range.location == NSNotFound)
             continue;
         if (!matches) {
-            matches = std::make_unique<QVCaptureMatchArray>();
-            matches->reserve(captures.size());
+            matches.reset(new (pool) QVCaptureMatchArray);
         }
         auto match = initWithCapture(capture.get(), pool);
-        match->setRange(range);
-        match->setParentMatch(parentMatch);
+        match->_range = range;
+        match->_parentMatch = parentMatch;
         if (!matches->empty()) {
-            match->setPreviousSibling(matches->back().get());
-            matches->back()->setNextSibling(match.get());
+            QVCaptureMatch *const previous = matches->back().get();
+            match->_previousSibling = previous;
+            previous->_nextSibling = match.get();
         }
         matches->push_back(std::move(match));
     }

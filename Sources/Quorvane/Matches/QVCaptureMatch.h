@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Quorvane/Matches/QVMatch.h"
-#include "Quorvane/Matches/QVMatchPool.h"
+#include "Quorvane/Matches/QVCaptureMatchArray.h"
 #include "Quorvane/Scopes/QVScope.h"
 
 struct pcre2_real_match_data_16;
@@ -10,6 +9,7 @@ namespace quorvane {
 
 class QVCapture;
 class QVRegularExpression;
+struct QVGroupsOfHit;
 
 /// The place of one named group of a match. Never a container. The capture must outlive it.
 class QV_EXPORT QVCaptureMatch final : public QVMatch {
@@ -22,6 +22,9 @@ public:
         const QVScope::Captures &captures, const QVRegularExpression &regularExpression,
         ::pcre2_real_match_data_16 *matchData, NSUInteger offset, std::u16string_view source, NSRange range,
         QVScopeMatch *parentMatch, QVMatchPool &pool = QVMatchPool::sharedPool());
+    static std::unique_ptr<QVCaptureMatchArray>
+    captureMatchesWithGroups(const QVScope::Captures &captures, const QVRegularExpression &regularExpression,
+                             const QVGroupsOfHit &groups, QVScopeMatch *parentMatch, QVMatchPool &pool);
 
     const QVCapture *capture() const { return _capture; }
 

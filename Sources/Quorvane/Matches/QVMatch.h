@@ -12,13 +12,13 @@
 namespace quorvane {
 
 class QVCaptureMatch;
+class QVCaptureMatchArray;
 class QVMatch;
 class QVScopeMatch;
 
 using QVMatchReference = boost::intrusive_ptr<QVMatch>;
 using QVScopeMatchReference = boost::intrusive_ptr<QVScopeMatch>;
 using QVScopeMatchArray = std::vector<QVScopeMatchReference>;
-using QVCaptureMatchArray = std::vector<boost::intrusive_ptr<QVCaptureMatch>>;
 
 /// A node of the dynamic tree that says what a document holds: one for each recognised region, down to a run
 /// of blanks or a line ending. The static tree's scopes say what made it.

@@ -27,6 +27,12 @@
 
 namespace quorvane {
 
+#if defined(QUORVANE_CHECKS_ADDRESSES)
+static constexpr bool checksAddresses = true;
+#else
+static constexpr bool checksAddresses = false;
+#endif
+
 struct QVMatchPool::Slab {
     QVMatchPool *pool;
     Slab *next;
@@ -80,7 +86,7 @@ void QVMatchPool::Slab::give(void *memory) {
     std::free(memory);
 }
 
-QVMatchPool::QVMatchPool(bool shared) : _shared(shared) {}
+QVMatchPool::QVMatchPool(bool shared) : _shared(shared), _takesCare(shared || checksAddresses) {}
 
 QVMatchPositions &QVMatchPool::positions() {
     if (!_positions)
@@ -153,11 +159,8 @@ inline bool QVMatchPool::putPiece(void *piece, std::size_t sizeClass) {
     return --_livePieces == 0 && _abandoned;
 }
 
-void *QVMatchPool::allocate(std::size_t size) {
-    const std::size_t sizeClass = (size + granule - 1) / granule;
-    if (!_shared) [[likely]]
-        return takePiece(sizeClass);
-    const std::lock_guard lock(_mutex);
+void *QVMatchPool::allocateWithCare(std::size_t sizeClass) {
+    const auto lock = guard();
     return takePiece(sizeClass);
 }
 

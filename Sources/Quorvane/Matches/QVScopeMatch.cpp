@@ -13,8 +13,8 @@ namespace quorvane {
 // A plain match is one piece of memory, whatever the language; the records' sizes are what their fields need.
 static_assert(sizeof(QVScopeMatch) <= 72);
 static_assert(sizeof(QVScopeMatchStorage) == 8);
-static_assert(sizeof(QVScopeMatchRegionStorage) == 64);
-static_assert(sizeof(QVScopeMatchSymbolStorage) == 72);
+static_assert(sizeof(QVScopeMatchRegionStorage) == 88);
+static_assert(sizeof(QVScopeMatchSymbolStorage) == 96);
 
 namespace {
 
@@ -25,15 +25,39 @@ constexpr const char16_t *noSubmatches =
 
 static_assert(sizeof(QVScopeMatch) + sizeof(QVScopeMatchSymbolStorage) <= QVMatchPool::largestPiece);
 
+namespace {
+
+bool holdsCaptures(const QVScope &scope) { return !scope.captures().empty() || !scope.endCaptures().empty(); }
+
+} // namespace
+
 /// The record stands behind the match in one piece of memory.
-QVScopeMatchReference QVScopeMatch::initWithScope(const QVScope *scope, QVMatchPool &pool) {
-    const QVScopeType type = scope->type();
-    const bool hasCaptures = !scope->captures().empty() || !scope->endCaptures().empty();
-    const bool hasSubmatches = type == QVScopeTypeStartEnd || type == QVScopeTypeRoot;
-    const bool hasSymbol = scope->directHasSymbol();
+inline QVScopeMatchReference QVScopeMatch::make(const QVScope *scope, NSRange range, bool hasCaptures,
+                                                bool hasSubmatches, bool hasSymbol, QVMatchPool &pool) {
     void *const memory =
         pool.allocate(sizeof(QVScopeMatch) + storageBytes(hasCaptures, hasSubmatches, hasSymbol));
-    return QVScopeMatchReference(new (memory) QVScopeMatch(scope, hasCaptures, hasSubmatches, hasSymbol));
+    return QVScopeMatchReference(new (memory)
+                                     QVScopeMatch(scope, range, hasCaptures, hasSubmatches, hasSymbol));
+}
+
+QVScopeMatchReference QVScopeMatch::matchWithScope(const QVScope *scope, NSRange range, QVMatchPool &pool) {
+    const QVScopeType type = scope->type();
+    return make(scope, range, holdsCaptures(*scope), type == QVScopeTypeStartEnd || type == QVScopeTypeRoot,
+                scope->directHasSymbol(), pool);
+}
+
+QVScopeMatchReference QVScopeMatch::plainWithScope(const QVScope *scope, NSRange range, QVMatchPool &pool) {
+    return make(scope, range, false, false, false, pool);
+}
+
+QVScopeMatchReference QVScopeMatch::endWithScope(const QVScope *scope, NSRange range, QVMatchPool &pool) {
+    QVScopeMatchReference match = make(scope, range, holdsCaptures(*scope), false, false, pool);
+    match->setEnd(true);
+    return match;
+}
+
+QVScopeMatchReference QVScopeMatch::initWithScope(const QVScope *scope, QVMatchPool &pool) {
+    return matchWithScope(scope, NSNotFoundRange, pool);
 }
 
 QVScopeMatchReference QVScopeMatch::init() {
@@ -49,8 +73,10 @@ std::size_t QVScopeMatch::storageBytes(bool hasCaptures, bool hasSubmatches, boo
 
 std::size_t QVScopeMatch::bytesForScope(const QVScope *scope) { return initWithScope(scope)->bytes(); }
 
-QVScopeMatch::QVScopeMatch(const QVScope *scope, bool hasCaptures, bool hasSubmatches, bool hasSymbol)
+QVScopeMatch::QVScopeMatch(const QVScope *scope, NSRange range, bool hasCaptures, bool hasSubmatches,
+                           bool hasSymbol)
     : QVMatch(true), _scope(scope) {
+    _range = range;
     _hasCaptures = hasCaptures;
     _hasSubmatches = hasSubmatches;
     _hasSymbol = hasSymbol;
@@ -240,24 +266,30 @@ void QVScopeMatch::releaseSubmatches() {
 }
 
 void QVScopeMatch::setSubmatches(std::unique_ptr<QVScopeMatchArray> submatches) {
-    if (!submatches && !_hasSubmatches)
-        return;
+    if (submatches) {
+        adoptSubmatches(std::move(*submatches));
+    } else if (_hasSubmatches) {
+        regionStorage()->firstChild = regionStorage()->lastChild = nullptr;
+        releaseSubmatches();
+    }
+}
+
+void QVScopeMatch::adoptSubmatches(QVScopeMatchArray submatches) {
     if (!canChangeSubmatches())
         return;
     QVScopeMatchRegionStorage *const storage = regionStorage();
     QVScopeMatch *previous = nullptr;
-    if (submatches) {
-        for (const QVScopeMatchReference &match : *submatches) {
-            match->_parentMatch = this;
-            match->_previousSibling = previous;
-            if (previous != nullptr)
-                previous->_nextSibling = match.get();
-            previous = match.get();
-        }
+    for (const QVScopeMatchReference &match : submatches) {
+        match->_parentMatch = this;
+        match->_previousSibling = previous;
+        if (previous != nullptr)
+            previous->_nextSibling = match.get();
+        previous = match.get();
     }
-    storage->firstChild = previous == nullptr ? nullptr : submatches->front().get();
+    storage->firstChild = previous == nullptr ? nullptr : submatches.front().get();
     storage->lastChild = previous;
-    releaseSubmatches();
+    if (storage->submatches)
+        releaseSubmatches();
     storage->submatches.assign(std::move(submatches));
     if (QVMatchPositions *const positions = submatchPositions(); positions != nullptr && previous != nullptr)
         positions->attach(storage->firstChild, previous);

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Quorvane/Matches/QVMatch.h"
-#include "Quorvane/Matches/QVMatchPool.h"
+#include "Quorvane/Matches/QVCaptureMatchArray.h"
 #include "Quorvane/Matches/QVSubmatches.h"
 
 namespace quorvane {
@@ -33,6 +32,13 @@ class QV_EXPORT QVScopeMatch final : public QVMatch {
 public:
     static QVScopeMatchReference initWithScope(const QVScope *scope,
                                                QVMatchPool &pool = QVMatchPool::sharedPool());
+    /// With its place, as the parser makes them.
+    static QVScopeMatchReference matchWithScope(const QVScope *scope, NSRange range, QVMatchPool &pool);
+    /// Of a scope that is no container's and has neither captures nor a symbol, as most matches are.
+    static QVScopeMatchReference plainWithScope(const QVScope *scope, NSRange range, QVMatchPool &pool);
+    /// The end of a region of the scope, or of one around it: never a container, for it hands its place and
+    /// captures to the region.
+    static QVScopeMatchReference endWithScope(const QVScope *scope, NSRange range, QVMatchPool &pool);
     /// Throws: a match has a scope.
     [[noreturn]] static QVScopeMatchReference init();
 
@@ -113,6 +119,8 @@ public:
     /// Replaces the children and links them; null takes them all away. The new ones must not be linked
     /// elsewhere.
     void setSubmatches(std::unique_ptr<QVScopeMatchArray> submatches);
+    /// The same for an array that the match takes over.
+    void adoptSubmatches(QVScopeMatchArray submatches);
     void insertSubmatch(QVScopeMatchReference submatch, NSUInteger atIndex);
     /// As many matches as indexes; they end up at these indexes.
     void insertSubmatches(const QVScopeMatchArray &submatches, const class NSIndexSet &atIndexes);
@@ -136,7 +144,9 @@ private:
     friend class QVMatch;
     friend class QVMatchPositions;
 
-    QVScopeMatch(const QVScope *scope, bool hasCaptures, bool hasSubmatches, bool hasSymbol);
+    static inline QVScopeMatchReference make(const QVScope *scope, NSRange range, bool hasCaptures,
+                                             bool hasSubmatches, bool hasSymbol, QVMatchPool &pool);
+    QVScopeMatch(const QVScope *scope, NSRange range, bool hasCaptures, bool hasSubmatches, bool hasSymbol);
     ~QVScopeMatch();
     std::size_t bytes() const {
         return sizeof(QVScopeMatch) + storageBytes(_hasCaptures, _hasSubmatches, _hasSymbol);

@@ -136,27 +136,27 @@ const char *QVSubmatchChunks::problem() const {
     return start == _count ? nullptr : "there are more or fewer children than counted";
 }
 
-void QVSubmatchStore::reset() {
+QVSubmatchStore::~QVSubmatchStore() { reset(); }
+
+void QVSubmatchStore::clear() {
     // Cleared first: what dies here may look at its parent.
-    const std::uintptr_t bits = std::exchange(_bits, 0);
-    if ((bits & chunkedBit) != 0)
-        delete reinterpret_cast<QVSubmatchChunks *>(bits & ~chunkedBit);
-    else
-        delete reinterpret_cast<QVScopeMatchArray *>(bits);
+    const QVScopeMatchArray dying = std::exchange(_array, {});
+    if (const std::uintptr_t bits = std::exchange(_bits, 0); bits > arrayBits)
+        delete reinterpret_cast<QVSubmatchChunks *>(bits);
 }
 
-void QVSubmatchStore::assign(std::unique_ptr<QVScopeMatchArray> submatches) {
+void QVSubmatchStore::assign(QVScopeMatchArray &&submatches) {
     reset();
-    _bits = reinterpret_cast<std::uintptr_t>(submatches.release());
+    _bits = arrayBits;
+    _array = std::move(submatches);
     cutIntoChunks();
 }
 
 void QVSubmatchStore::cutIntoChunks() {
-    QVScopeMatchArray *const matches = array();
-    if (matches == nullptr || matches->size() <= QVSubmatchChunks::fewSubmatches)
+    if (_array.size() <= QVSubmatchChunks::fewSubmatches)
         return;
-    _bits = reinterpret_cast<std::uintptr_t>(new QVSubmatchChunks(std::move(*matches))) | chunkedBit;
-    delete matches;
+    _bits = reinterpret_cast<std::uintptr_t>(new QVSubmatchChunks(std::move(_array)));
+    _array = {};
 }
 
 void QVSubmatchStore::insert(NSUInteger index, const QVScopeMatchReference *first, NSUInteger count) {
@@ -165,12 +165,10 @@ void QVSubmatchStore::insert(NSUInteger index, const QVScopeMatchReference *firs
         return;
     }
     if (_bits == 0) {
-        auto submatches = std::make_unique<QVScopeMatchArray>();
-        submatches->reserve(10);
-        _bits = reinterpret_cast<std::uintptr_t>(submatches.release());
+        _bits = arrayBits;
+        _array.reserve(10);
     }
-    QVScopeMatchArray &matches = *array();
-    matches.insert(at(matches, index), first, first + count);
+    _array.insert(at(_array, index), first, first + count);
     cutIntoChunks();
 }
 
@@ -181,11 +179,10 @@ void QVSubmatchStore::take(NSRange range, QVScopeMatchArray &into) {
     }
     if (range.length == 0)
         return;
-    QVScopeMatchArray &matches = *array();
-    const auto first = at(matches, range.location);
-    const auto end = at(matches, NSMaxRange(range));
+    const auto first = at(_array, range.location);
+    const auto end = at(_array, NSMaxRange(range));
     into.insert(into.end(), std::make_move_iterator(first), std::make_move_iterator(end));
-    matches.erase(first, end);
+    _array.erase(first, end);
 }
 
 } // namespace quorvane

@@ -54,47 +54,49 @@ private:
     NSUInteger _count = 0;
 };
 
-/// What a match keeps of its children: nothing, one array, or pieces. As big as a pointer, for each region
-/// has one.
+/// What a match keeps of its children: nothing, one array, or pieces. Nearly all regions have few, so the
+/// array itself stands here.
 class QVSubmatchStore {
 public:
     QVSubmatchStore() = default;
-    ~QVSubmatchStore() { reset(); }
+    ~QVSubmatchStore();
     QVSubmatchStore(const QVSubmatchStore &) = delete;
     QVSubmatchStore &operator=(const QVSubmatchStore &) = delete;
 
     explicit operator bool() const { return _bits != 0; }
     /// One of the two, or none.
-    QVScopeMatchArray *array() const {
-        return isChunked() ? nullptr : reinterpret_cast<QVScopeMatchArray *>(_bits);
-    }
+    const QVScopeMatchArray *array() const { return _bits == arrayBits ? &_array : nullptr; }
     QVSubmatchChunks *chunks() const {
-        return isChunked() ? reinterpret_cast<QVSubmatchChunks *>(_bits & ~chunkedBit) : nullptr;
+        return _bits > arrayBits ? reinterpret_cast<QVSubmatchChunks *>(_bits) : nullptr;
     }
     NSUInteger count() const;
     QVScopeMatch *operator[](NSUInteger index) const;
 
-    void reset();
+    void reset() {
+        if (_bits != 0)
+            clear();
+    }
     /// Calls `release` with each reference in order, which may let it go; nothing else may be asked then
     /// before `reset`.
     template <typename Release> void releaseEach(Release release) {
         if (QVSubmatchChunks *const pieces = chunks())
             pieces->releaseEach(release);
-        else if (QVScopeMatchArray *const matches = array())
-            for (QVScopeMatchReference &match : *matches)
+        else
+            for (QVScopeMatchReference &match : _array)
                 release(match);
     }
-    /// Null gives a store without children.
-    void assign(std::unique_ptr<QVScopeMatchArray> submatches);
+    void assign(QVScopeMatchArray &&submatches);
     void insert(NSUInteger index, const QVScopeMatchReference *first, NSUInteger count);
     void take(NSRange range, QVScopeMatchArray &into);
 
 private:
-    static constexpr std::uintptr_t chunkedBit = 1;
-    bool isChunked() const { return (_bits & chunkedBit) != 0; }
+    void clear();
     void cutIntoChunks();
 
+    /// Nothing, the array, or where the pieces are.
+    static constexpr std::uintptr_t arrayBits = 1;
     std::uintptr_t _bits = 0;
+    QVScopeMatchArray _array;
 };
 
 /// The children of a match, in location order: a small view that stays good until they change. Null-like for
@@ -184,7 +186,7 @@ inline std::size_t QVSubmatchChunks::chunkOfIndex(const std::uint32_t *starts, s
 inline NSUInteger QVSubmatchStore::count() const {
     if (const QVSubmatchChunks *const pieces = chunks())
         return pieces->count();
-    return _bits != 0 ? array()->size() : 0;
+    return _array.size();
 }
 
 inline QVScopeMatch *QVSubmatchStore::operator[](NSUInteger index) const {

@@ -125,7 +125,7 @@ QVCandidateTable::Answer QVCandidateTable::askOne(std::uint32_t index, NSUIntege
         return {};
     if (outcome.range.location != location || !isOfLength(index, outcome.range.length))
         return {Answer::Unknown};
-    return {Answer::Found, index, NSMaxRange(outcome.range)};
+    return {Answer::Found, index, NSMaxRange(outcome.range), outcome.matchNumber, 0};
 }
 
 QVCandidateTable::Answer QVCandidateTable::askPatterns(Class &group, NSUInteger location,
@@ -146,8 +146,8 @@ QVCandidateTable::Answer QVCandidateTable::askPatterns(Class &group, NSUInteger 
         if (answer.index == QVCombinedExpression::unknownExpression)
             return {Answer::Unknown};
         const std::uint32_t index = group.patterns[static_cast<std::size_t>(answer.index)];
-        return {isOfLength(index, answer.end - location) ? Answer::Found : Answer::Unknown, index,
-                answer.end};
+        return {isOfLength(index, answer.end - location) ? Answer::Found : Answer::Unknown, index, answer.end,
+                context.matchContext.matchNumber(), answer.groupsBefore};
     }
     for (const std::uint32_t index : group.patterns)
         if (const Answer answer = askOne(index, location, context); answer.kind != Answer::Nothing)
@@ -239,6 +239,8 @@ QVLineWalk::Result QVLineWalk::tryPosition() {
         return Unknown;
     _index = answer.index;
     _hit = {_position, answer.end - _position};
+    _matchNumber = answer.matchNumber;
+    _groupsBefore = answer.groupsBefore;
     return Found;
 }
 

@@ -31,6 +31,7 @@ public:
         std::uint32_t order;
         /// Whether a hit becomes one match that holds nothing.
         bool isPlain;
+        bool hasSymbol;
         /// Whether a hit ends the enclosing region.
         bool isEnd = false;
         /// Of the walk that last took it up; what follows holds for that walk alone.
@@ -44,6 +45,9 @@ public:
         Kind kind = Nothing;
         std::uint32_t index = 0;
         NSUInteger end = 0;
+        /// The number under which the match context holds the groups, and how many stand before them.
+        std::uint64_t matchNumber = 0;
+        NSUInteger groupsBefore = 0;
     };
 
     /// Whether a scope's pattern can be asked at one place after the other. Others keep searches of their
@@ -133,6 +137,9 @@ public:
     /// After `Found`, until the line goes on behind it.
     const QVCandidateTable::Pattern &pattern() const { return _table.patternAtIndex(_index); }
     NSRange hit() const { return _hit; }
+    /// As in the table's answer.
+    std::uint64_t matchNumber() const { return _matchNumber; }
+    NSUInteger groupsBefore() const { return _groupsBefore; }
 
     /// Something was accepted, by whomever it was found.
     void cover(NSRange range);
@@ -155,6 +162,8 @@ private:
     NSUInteger _position;
     std::uint32_t _index = 0;
     NSRange _hit = NSNotFoundRange;
+    std::uint64_t _matchNumber = 0;
+    NSUInteger _groupsBefore = 0;
     std::vector<NSRange> &_covered;
 };
 

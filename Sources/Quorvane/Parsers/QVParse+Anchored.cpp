@@ -57,13 +57,12 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstCutoff(const QVScope &scope, 
     noteOutcome(scope, outcome);
     if (outcome.kind != QVMatchingOutcome::Hit)
         return nullptr;
-    QVScopeMatchReference match = newMatch(&scope, outcome.range);
-    match->setEnd(true);
+    QVScopeMatchReference match = QVScopeMatch::endWithScope(&scope, outcome.range, *_matchPool);
     const QVScope::Captures &captures =
         scope.type() == QVScopeTypeStartEnd ? scope.endCaptures() : scope.captures();
     const bool takesCaptures = scope.type() == QVScopeTypeStartEnd || scope.type() == QVScopeTypeCutoff;
     if (takesCaptures && !captures.empty())
-        setCapturesOfHit(*match, captures, *expression, _regexMatchContext->matchData());
+        setCapturesOfHit(*match, captures, *expression, {_regexMatchContext->matchData()});
     return match;
 }
 
@@ -94,7 +93,7 @@ QVScopeMatchReference QVParse::matchAnchoredAgainstResolvedScope(const QVScope &
         if (outcome.kind == QVMatchingOutcome::Hit &&
             acceptsHit(scope, parentScope, outcome.range, parseRange.location) &&
             !cameToNothing(scope, parseRange.location))
-            match = matchForHit(scope, expression, _regexMatchContext->matchData(), outcome.range, true);
+            match = matchForHit(scope, expression, {_regexMatchContext->matchData()}, outcome.range, true);
         return match != nullptr;
     });
     return match;
@@ -121,7 +120,7 @@ QVScopeMatchReference QVParse::matchAnchoredStep(QVScopeMatch *match, QVAnchored
     if (scope.whitespaceSkipBehavior() == QVWhitespaceSkipGreedy) {
         const NSRange blanks = whitespaceAt(_text->view(), rest.location, NSMaxRange(rest));
         if (blanks.length != 0)
-            return newMatch(_whitespaceScope.get(), blanks);
+            return newPlainMatch(_whitespaceScope.get(), blanks);
     }
     if (!isRoot)
         if (QVScopeMatchReference found = matchAnchoredAgainstCutoff(scope, match, rest))
@@ -189,9 +188,9 @@ void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatch
     while (!isCancelled() && location < end) {
         const QVParseLine line = lineAtLocation(location, end);
         if (isTooLong(line)) {
-            intoTree.push_back(newMatch(_unknownScope.get(), {line.start, line.length()}));
+            intoTree.push_back(newPlainMatch(_unknownScope.get(), {line.start, line.length()}));
             // Also without a line ending: then the match has no place.
-            intoTree.push_back(newMatch(_newlineScope.get(), line.newline));
+            intoTree.push_back(newPlainMatch(_newlineScope.get(), line.newline));
             if (!line.hasNewline()) {
                 _pass->hasMatchWithoutPlace = true;
                 return;
@@ -208,7 +207,7 @@ void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatch
             QVScopeMatchReference found = matchAnchoredStep(match, sequence, rest);
             if (!found && scope.whitespaceSkipBehavior() == QVWhitespaceSkipLazy && !wasLazySkip) {
                 if (const NSRange blanks = whitespaceAt(text, location, lineEnd); blanks.length != 0) {
-                    found = newMatch(_whitespaceScope.get(), blanks);
+                    found = newPlainMatch(_whitespaceScope.get(), blanks);
                     sequence = before;
                     skippedLazily = true;
                 }
@@ -219,8 +218,7 @@ void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatch
                 if (sequence.current())
                     break;
                 // The sequence is used up: the region ends here, whatever follows.
-                found = newMatch(&scope, {location, 0});
-                found->setEnd(true);
+                found = QVScopeMatch::endWithScope(&scope, {location, 0}, *_matchPool);
             }
             intoTree.push_back(found);
             if (found->isEnd())
@@ -245,7 +243,7 @@ void QVParse::parseAnchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMatch
             continue;
         if (!line.hasNewline() || line.newline.location != location)
             return;
-        intoTree.push_back(newMatch(_newlineScope.get(), line.newline));
+        intoTree.push_back(newPlainMatch(_newlineScope.get(), line.newline));
         location = NSMaxRange(line.newline);
     }
 }

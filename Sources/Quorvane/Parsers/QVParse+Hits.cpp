@@ -62,10 +62,10 @@ bool QVParse::keepsStartResult(const QVScope &scope) {
 /// A capture can stand outside of its match, where the pattern only looks. Whoever looks for what lies in a
 /// range must know how far away such a match can be.
 void QVParse::setCapturesOfHit(QVScopeMatch &match, const QVScope::Captures &captures,
-                               const QVRegularExpression &expression, ::pcre2_real_match_data_16 *matchData) {
+                               const QVRegularExpression &expression, const QVGroupsOfHit &groups) {
     const NSRange hit = match.range();
-    auto captureMatches = QVCaptureMatch::captureMatchesWithCaptures(captures, expression, matchData, 0,
-                                                                     _text->view(), hit, &match, *_matchPool);
+    auto captureMatches =
+        QVCaptureMatch::captureMatchesWithGroups(captures, expression, groups, &match, *_matchPool);
     if (!captureMatches)
         return;
     for (const auto &capture : *captureMatches) {
@@ -79,20 +79,18 @@ void QVParse::setCapturesOfHit(QVScopeMatch &match, const QVScope::Captures &cap
 }
 
 QVScopeMatchReference QVParse::matchForCutoffHit(const QVScope &scope, const QVRegularExpression &expression,
-                                                 ::pcre2_real_match_data_16 *matchData, NSRange hit) {
-    QVScopeMatchReference match = newMatch(&scope, hit);
-    match->setEnd(true);
+                                                 const QVGroupsOfHit &groups, NSRange hit) {
+    QVScopeMatchReference match = QVScopeMatch::endWithScope(&scope, hit, *_matchPool);
     // A cut-off's own captures are not taken here, other than in anchored matching: grammars are written for
     // it.
-    if (matchData != nullptr && scope.type() == QVScopeTypeStartEnd && !scope.endCaptures().empty())
-        setCapturesOfHit(*match, scope.endCaptures(), expression, matchData);
+    if (groups && scope.type() == QVScopeTypeStartEnd && !scope.endCaptures().empty())
+        setCapturesOfHit(*match, scope.endCaptures(), expression, groups);
     return match;
 }
 
 QVScopeMatchReference QVParse::matchForHit(const QVScope &scope,
                                            const std::shared_ptr<const QVRegularExpression> &expression,
-                                           ::pcre2_real_match_data_16 *matchData, NSRange hit,
-                                           bool anchored) {
+                                           const QVGroupsOfHit &groups, NSRange hit, bool anchored) {
     const QVScopeType type = scope.type();
     if (type != QVScopeTypeWhitespace && type != QVScopeTypeMatch && type != QVScopeTypeCutoff &&
         type != QVScopeTypeStartEnd)
@@ -100,13 +98,13 @@ QVScopeMatchReference QVParse::matchForHit(const QVScope &scope,
     QVScopeMatchReference match = newMatch(&scope, hit);
     match->setStart(type == QVScopeTypeStartEnd);
     match->setEnd(type == QVScopeTypeCutoff);
-    if (matchData != nullptr && keepsStartResult(scope))
+    if (groups && keepsStartResult(scope))
         match->setTextCheckingResult(
-            QVRegularExpressionResult::initWithRegularExpression(expression, matchData, 0));
+            QVRegularExpressionResult::initWithRegularExpression(expression, groups.matchData, 0));
     const bool usesEndCaptures = type == QVScopeTypeCutoff && (!anchored || !scope.endCaptures().empty());
     const QVScope::Captures &captures = usesEndCaptures ? scope.endCaptures() : scope.captures();
-    if (matchData != nullptr && !captures.empty())
-        setCapturesOfHit(*match, captures, *expression, matchData);
+    if (groups && !captures.empty())
+        setCapturesOfHit(*match, captures, *expression, groups);
     return match;
 }
 

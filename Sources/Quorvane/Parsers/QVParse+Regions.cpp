@@ -11,6 +11,8 @@
 #include "Quorvane/Syntaxes/QVGrammar.h"
 #include "Quorvane/Syntaxes/QVSyntax.h"
 
+#include <bit>
+
 namespace quorvane {
 
 namespace {
@@ -21,23 +23,20 @@ bool isLineBreak(char16_t unit) {
 }
 
 /// The bit of each ASCII unit in a line's mask of units, which has two words for these.
-struct ASCIIBits {
-    std::uint64_t low;
-    std::uint64_t high;
-};
-constexpr auto bitsOfASCII = [] {
-    std::array<ASCIIBits, 128> bits{};
+using ASCIIBits = std::uint64_t __attribute__((vector_size(16)));
+alignas(ASCIIBits) constexpr auto wordsOfASCII = [] {
+    std::array<std::array<std::uint64_t, 2>, 128> bits{};
     for (std::size_t unit = 0; unit < bits.size(); ++unit)
-        (unit < 64 ? bits[unit].low : bits[unit].high) = std::uint64_t{1} << (unit % 64);
+        bits[unit][unit / 64] = std::uint64_t{1} << (unit % 64);
     return bits;
 }();
+ASCIIBits bitOfASCII(std::uint64_t unit) { return std::bit_cast<ASCIIBits>(wordsOfASCII[unit]); }
 
 /// What has gathered, in an array of its size; the room stays for the next region, but where it is large.
-std::unique_ptr<QVScopeMatchArray> takeGrownTree(QVScopeMatchArray &tree) {
+QVScopeMatchArray takeGrownTree(QVScopeMatchArray &tree) {
     if (tree.size() > QVSubmatchChunks::fewSubmatches)
-        return std::make_unique<QVScopeMatchArray>(std::exchange(tree, {}));
-    auto taken = std::make_unique<QVScopeMatchArray>(std::make_move_iterator(tree.begin()),
-                                                     std::make_move_iterator(tree.end()));
+        return std::exchange(tree, {});
+    QVScopeMatchArray taken(std::make_move_iterator(tree.begin()), std::make_move_iterator(tree.end()));
     tree.clear();
     return taken;
 }
@@ -65,9 +64,7 @@ NSRange coveredRange(const QVScopeMatch *match) {
 } // namespace
 
 QVScopeMatchReference QVParse::newMatch(const QVScope *scope, NSRange range) const {
-    QVScopeMatchReference match = QVScopeMatch::initWithScope(scope, *_matchPool);
-    match->setRange(range);
-    return match;
+    return QVScopeMatch::matchWithScope(scope, range, *_matchPool);
 }
 
 const std::vector<std::shared_ptr<QVScope>> &QVParse::scopeListForMatch(QVScopeMatch *match) {
@@ -117,9 +114,7 @@ void QVParse::parseRecursivelyStartingWithinMatch(QVScopeMatch *match, QVScopeMa
     const std::size_t depth = _pass->parseStackMatches.size();
     if (depth >= limits::parseNestingDepth) {
         // The enclosing level takes the ancestor off again.
-        QVScopeMatchReference refused = newMatch(&scope, {range.location, 0});
-        refused->setEnd(true);
-        intoTree.push_back(std::move(refused));
+        intoTree.push_back(QVScopeMatch::endWithScope(&scope, {range.location, 0}, *_matchPool));
         return;
     }
     _pass->parseStackMatches.push_back(match);
@@ -153,7 +148,7 @@ NSRange QVParse::parseRecursivelyIntoStartMatch(QVScopeMatch *startMatch, NSRang
     const bool closed = last && last->isEnd();
     if (closed)
         tree.pop_back();
-    startMatch->setSubmatches(takeGrownTree(tree));
+    startMatch->adoptSubmatches(takeGrownTree(tree));
     if (closed) {
         startMatch->setEndRange(last->range());
         std::unique_ptr<QVCaptureMatchArray> captures = last->takeCaptureMatches();
@@ -201,14 +196,21 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     ASCIIBits units{0, 0};
     const auto note = [&](char16_t unit) {
         if (unit < 128) [[likely]] {
-            units.low |= bitsOfASCII[unit].low;
-            units.high |= bitsOfASCII[unit].high;
+            units |= bitOfASCII(unit);
         } else {
             line.units[unit < 255 ? unit >> 6 : 3] |= std::uint64_t(1) << (unit < 255 ? unit & 63 : 63);
             line.hasSurrogates |= (unit & 0xF800) == 0xD800;
         }
     };
     for (; position < end; ++position) {
+        // Four at a time while all of them are ASCII and none can end a line.
+        for (std::uint64_t four; end - position > 4; position += 4) {
+            std::memcpy(&four, characters + position, sizeof four);
+            if ((four & 0xFF80FF80FF80FF80) != 0 || ((four - 0x000E000E000E000E) & 0x8000800080008000) != 0)
+                break;
+            units |= bitOfASCII(four & 0x7F) | bitOfASCII(four >> 16 & 0x7F) | bitOfASCII(four >> 32 & 0x7F) |
+                     bitOfASCII(four >> 48);
+        }
         const char16_t unit = characters[position];
         note(unit);
         if (unit > u'\r' || (unit != u'\n' && unit != u'\r'))
@@ -223,8 +225,8 @@ QVParseLine QVParse::lineAtLocation(NSUInteger location, NSUInteger end) {
     // A match may be tried at the contents' very end, where a pattern sees the unit behind the range.
     if (line.contentsEnd < _text->length())
         note(characters[line.contentsEnd]);
-    line.units[0] |= units.low;
-    line.units[1] |= units.high;
+    line.units[0] |= units[0];
+    line.units[1] |= units[1];
     constexpr std::uint64_t verticalTabAndFormFeed = std::uint64_t(3) << u'\v';
     constexpr std::uint64_t nextLine = std::uint64_t(1) << (u'\x85' & 63);
     line.holdsLineStarts =

@@ -21,10 +21,10 @@ void QVParse::parseUnanchoredStartingWithinMatch(QVScopeMatch *match, QVScopeMat
     while (!isCancelled() && location < end) {
         const QVParseLine line = lineAtLocation(location, end);
         if (isTooLong(line)) {
-            intoTree.push_back(newMatch(_unknownScope.get(), {line.start, line.length()}));
+            intoTree.push_back(newPlainMatch(_unknownScope.get(), {line.start, line.length()}));
             if (!line.hasNewline())
                 return;
-            intoTree.push_back(newMatch(_newlineScope.get(), line.newline));
+            intoTree.push_back(newPlainMatch(_newlineScope.get(), line.newline));
             location = NSMaxRange(line.newline);
             continue;
         }
@@ -65,11 +65,11 @@ NSUInteger QVParse::processUnknownTextRange(NSRange range, QVScopeMatchArray &in
     const auto insert = [&](const QVScope *scope, NSUInteger from, NSUInteger to) {
         const NSUInteger index = atIndex + count++;
         if (index == intoUnanchoredLineMatches.size())
-            intoUnanchoredLineMatches.push_back(newMatch(scope, {from, to - from}));
+            intoUnanchoredLineMatches.push_back(newPlainMatch(scope, {from, to - from}));
         else
             intoUnanchoredLineMatches.insert(intoUnanchoredLineMatches.begin() +
                                                  static_cast<std::ptrdiff_t>(index),
-                                             newMatch(scope, {from, to - from}));
+                                             newPlainMatch(scope, {from, to - from}));
     };
     const auto isBlank = [](char16_t unit) { return unit == u' ' || unit == u'\t'; };
     for (NSUInteger location = range.location; location < end;) {
@@ -94,7 +94,7 @@ QVParse::Step QVParse::matchLinePlainly(QVScopeMatch *match, QVScopeMatchArray &
     const NSRange range{line.start, line.length()};
     QVScopeMatchArray matches;
     if (line.hasNewline())
-        matches.push_back(newMatch(_newlineScope.get(), line.newline));
+        matches.push_back(newPlainMatch(_newlineScope.get(), line.newline));
     if (!isRoot)
         matchUnanchoredAgainstCutoff(scope, match, matches, range, cutoffStart);
     if (!scope.isAtomic())
@@ -150,7 +150,7 @@ void QVParse::matchUnanchoredAgainstCutoff(const QVScope &scope, QVScopeMatch *p
             if (index == NSNotFound)
                 return;
             intoArray.insert(intoArray.begin() + static_cast<std::ptrdiff_t>(index),
-                             matchForCutoffHit(scope, *expression, matchData, hit));
+                             matchForCutoffHit(scope, *expression, {matchData}, hit));
             previousIndex = index;
         });
     noteOutcome(scope, outcome);
@@ -187,7 +187,7 @@ void QVParse::matchUnanchoredAgainstResolvedScope(const QVScope &scope, const QV
                 if (index == NSNotFound)
                     return;
                 intoArray.insert(intoArray.begin() + static_cast<std::ptrdiff_t>(index),
-                                 matchForHit(scope, expression, matchData, hit, false));
+                                 matchForHit(scope, expression, {matchData}, hit, false));
                 previousIndex = index;
                 success = true;
             });

@@ -23,12 +23,15 @@ QVParse::rememberedSearch(const std::shared_ptr<const QVRegularExpression> &expr
     return search;
 }
 
+/// A list is the same object for as long as its grammar lives, and the low bits of its address are free for
+/// the two things that change what is tried.
+const void *QVParse::planKeyForScopes(const Scopes &scopes, bool isRoot) const {
+    return reinterpret_cast<const char *>(&scopes) + (isRoot ? 1 : 0) + (templateScopesToTry() ? 2 : 0);
+}
+
 QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &parentScope) {
     const bool isRoot = parentScope.type() == QVScopeTypeRoot;
-    // A list is the same object for as long as its grammar lives, and the low bits of its address are free
-    // for the two things that change what is tried.
-    const void *const key =
-        reinterpret_cast<const char *>(&scopes) + (isRoot ? 1 : 0) + (templateScopesToTry() ? 2 : 0);
+    const void *const key = planKeyForScopes(scopes, isRoot);
     const auto found = _pass->plans.find(key);
     if (found != _pass->plans.end())
         return found->second;
@@ -60,7 +63,7 @@ QVParse::Plan &QVParse::planForScopes(const Scopes &scopes, const QVScope &paren
             patterns.push_back({entry.scope, entry.search.get(), index,
                                 entry.scope->type() == QVScopeTypeMatch && entry.scope->captures().empty() &&
                                     entry.scope->endCaptures().empty(),
-                                entry.scope->type() == QVScopeTypeCutoff});
+                                entry.scope->directHasSymbol(), entry.scope->type() == QVScopeTypeCutoff});
     }
     std::stable_partition(patterns.begin(), patterns.end(),
                           [](const QVCandidateTable::Pattern &pattern) { return pattern.isEnd; });
@@ -84,6 +87,7 @@ bool QVParse::findCandidate(Stream &stream, NSUInteger from, const QVParseLine &
             return false;
         stream.hit = outcome.range;
         stream.searchedFrom = from;
+        stream.matchNumber = outcome.matchNumber;
         // Nearly all hits are single matches of some length, which nothing speaks against.
         const bool isPlain = stream.hit.length != 0 && stream.scope->type() == QVScopeTypeMatch;
         if (isPlain || stream.isCutoff)
@@ -114,11 +118,14 @@ QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVPars
         stream.isCutoff
             ? scope.type() == QVScopeTypeStartEnd && !scope.endCaptures().empty()
             : !scope.captures().empty() || !scope.endCaptures().empty() || keepsStartResult(scope);
-    // The groups of a hit that was found ahead are gone: the match data belongs to the last search. Searched
-    // for at its own place, the hit comes out the same, but for patterns that ask where the search began or
-    // move their match's start.
-    QVPCRE2MatchData *matchData = nullptr;
-    if (needsGroups) {
+    QVGroupsOfHit groups;
+    if (needsGroups && stream.matchNumber == _regexMatchContext->matchNumber() &&
+        (stream.groupsBefore == 0 || stream.isCutoff || !keepsStartResult(scope))) {
+        groups = {_regexMatchContext->matchData(), stream.groupsBefore};
+    } else if (needsGroups) {
+        // The groups of a hit that was found ahead are gone: the match data belongs to the last search.
+        // Searched for at its own place, the hit comes out the same, but for patterns that ask where the
+        // search began or move their match's start.
         const QVRegularExpression &expression = stream.search->expression();
         const auto findsHitFrom = [&](NSUInteger from) {
             const QVMatchingOutcome outcome = expression.directSearchInCharacters(
@@ -129,11 +136,11 @@ QVScopeMatchReference QVParse::matchForStream(const Stream &stream, const QVPars
         // Beside halves of characters a search may step over its place.
         if ((expression.canBeRemembered() && findsHitFrom(stream.hit.location)) ||
             findsHitFrom(stream.searchedFrom))
-            matchData = _regexMatchContext->matchData();
+            groups = {_regexMatchContext->matchData()};
     }
     if (stream.isCutoff)
-        return matchForCutoffHit(scope, stream.search->expression(), matchData, stream.hit);
-    return matchForHit(scope, stream.search->sharedExpression(), matchData, stream.hit, false);
+        return matchForCutoffHit(scope, stream.search->expression(), groups, stream.hit);
+    return matchForHit(scope, stream.search->sharedExpression(), groups, stream.hit, false);
 }
 
 QVParse::Level &QVParse::beginLevel(QVScopeMatch *match, const Scopes &scopes, NSUInteger cutoffStart) {
@@ -143,8 +150,20 @@ QVParse::Level &QVParse::beginLevel(QVScopeMatch *match, const Scopes &scopes, N
     Level &level = *_pass->levels[depth];
     const QVScope &scope = *match->scope();
     level.match = match;
-    level.isRoot = scope.type() == QVScopeTypeRoot;
     level.cutoffStart = cutoffStart;
+    const bool isRoot = scope.type() == QVScopeTypeRoot;
+    const void *const planKey = planKeyForScopes(scopes, isRoot);
+    if (level.canBeKept && level.scope == &scope && level.planKey == planKey &&
+        level.resolution == _pass->resolution && _pass->subsyntaxAncestors.empty()) {
+        for (Level::Ending &ending : level.endings)
+            ending.ancestor = match;
+        return level;
+    }
+    level.scope = &scope;
+    level.planKey = planKey;
+    level.resolution = _pass->resolution;
+    level.canBeKept = _pass->subsyntaxAncestors.empty() && !scope.endRegularExpressionTemplate();
+    level.isRoot = isRoot;
     level.scopes = &scopes;
     level.plan = nullptr;
     gatherEndings(level);
@@ -157,31 +176,38 @@ void QVParse::gatherEndings(Level &level) {
     const auto addEnding = [&](const QVScope &cutoff, QVScopeMatch *ancestor) {
         level.endings.push_back({&cutoff, ancestor, nullptr});
     };
-    const QVScope &scope = *level.match->scope();
     if (!level.isRoot)
-        addEnding(scope, level.match);
-    if (!scope.isAtomic())
+        addEnding(*level.scope, level.match);
+    if (!level.scope->isAtomic())
         forEachCutoff(addEnding);
 }
 
+void QVParse::planLevel(Level &level) {
+    const QVScope &scope = *level.scope;
+    level.plan = &planForScopes(*level.scopes, scope);
+    QVCandidateTable *const table = level.plan->table.get();
+    // What a region may not hold where it starts is looked into hit by hit.
+    const bool mayNotHoldItself = table && !level.isRoot &&
+                                  scope.regularExpression()->matchesEmptyTextAlone() &&
+                                  table->holdsScope(scope);
+    level.walkedTable = mayNotHoldItself ? nullptr : table;
+}
+
 bool QVParse::canWalkAlongLine(const Level &level, const QVParseLine &line) const {
+    const QVCandidateTable *const table = level.walkedTable;
     // Beside halves of characters patterns take steps of their own.
-    const QVCandidateTable *const table = level.plan->table.get();
-    if (!table || line.hasSurrogates ||
+    if (table == nullptr || line.hasSurrogates ||
         !QVRegularExpression::isSearchBoundary(_text->characters(), line.start))
         return false;
     if (table->foldsCase() && !line.isPlain())
         return false;
-    // What a region may not hold where it starts is looked into hit by hit.
-    const QVScope &scope = *level.match->scope();
-    if (!level.isRoot && scope.regularExpression()->matchesEmptyTextAlone() && table->holdsScope(scope))
-        return false;
+    // Nor may it hold any that began right here with nothing; mostly none did.
     const auto &open = _pass->parseStackMatches;
-    return std::none_of(
-        open.rbegin(),
-        std::find_if(open.rbegin(), open.rend(),
-                     [&](const QVScopeMatch *match) { return match->range().location != line.start; }),
-        [&](const QVScopeMatch *match) { return table->holdsScope(*match->scope()); });
+    for (auto match = open.rbegin(); match != open.rend() && (*match)->range().location == line.start;
+         ++match)
+        if (table->holdsScope(*(*match)->scope()))
+            return false;
+    return true;
 }
 
 void QVParse::startPart(Level &level, bool tabled, const QVParseLine &line, const QVSearchContext &context) {
@@ -206,7 +232,7 @@ void QVParse::startPart(Level &level, bool tabled, const QVParseLine &line, cons
                       static_cast<std::int32_t>(index)};
         if (stream.reportsEmptyHits())
             reportEmptyHits(stream, line, context);
-        if (findCandidate(stream, line.start, line, *level.match->scope(), context))
+        if (findCandidate(stream, line.start, line, *level.scope, context))
             level.streams.push_back(stream);
         if (!entry.search->isExhausted(line, context.generation))
             part.alive[kept++] = index;
@@ -255,7 +281,7 @@ const QVParse::Stream *QVParse::bestOfStreams(Level &level, NSUInteger open, con
         bool alive = true;
         while (alive && stream.hit.location < open)
             alive = stream.search->canStartAtOrBehind(open, line) &&
-                    findCandidate(stream, stream.nextLocation(), line, *level.match->scope(), context);
+                    findCandidate(stream, stream.nextLocation(), line, *level.scope, context);
         if (!alive) {
             streams.erase(streams.begin() + static_cast<std::ptrdiff_t>(index));
             continue;
@@ -285,22 +311,24 @@ QVParse::Step QVParse::matchLineRemembering(Level &level, QVScopeMatchArray &int
             }
             Stream stream{ending.scope, ending.search.get(), true, true, -1};
             if (stream.search->canStartOnLine(line) &&
-                findCandidate(stream, std::max(line.start, cutoffStart), line, *level.match->scope(),
-                              context))
+                findCandidate(stream, std::max(line.start, cutoffStart), line, *level.scope, context))
                 level.streams.push_back(stream);
         }
     if (!level.plan)
-        level.plan = &planForScopes(*level.scopes, *level.match->scope());
+        planLevel(level);
     startPart(level, false, line, context);
-    std::optional<QVLineWalk> walk;
+    // A line is entered anew behind each region on it, and an optional would be cleared each time.
+    alignas(QVLineWalk) std::byte walkMemory[sizeof(QVLineWalk)];
+    static_assert(std::is_trivially_destructible_v<QVLineWalk>);
+    QVLineWalk *walk = nullptr;
     const auto searchFromHereOn = [&] {
-        walk.reset();
+        walk = nullptr;
         startPart(level, true, line, context);
         std::stable_sort(level.streams.begin(), level.streams.end(),
                          [](const Stream &a, const Stream &b) { return a.order < b.order; });
     };
     if (canWalkAlongLine(level, line))
-        walk.emplace(*level.plan->table, line, context, level.coveredByWalk);
+        walk = new (walkMemory) QVLineWalk(*level.plan->table, line, context, level.coveredByWalk);
     else
         searchFromHereOn();
 
@@ -312,8 +340,8 @@ QVParse::Step QVParse::matchLineRemembering(Level &level, QVScopeMatchArray &int
             processUnknownTextRange({covered, location - covered}, intoTree, intoTree.size());
     };
     while (true) {
-        const Stream *best = bestOfStreams(level, open, line, context);
-        Stream walked{};
+        const Stream *best = level.streams.empty() ? nullptr : bestOfStreams(level, open, line, context);
+        bool isWalked = false;
         if (walk) {
             const QVLineWalk::Result result = walk->find(open, best ? best->hit.location : NSNotFound);
             if (result == QVLineWalk::Unknown) {
@@ -329,11 +357,30 @@ QVParse::Step QVParse::matchLineRemembering(Level &level, QVScopeMatchArray &int
                                                      : pattern->isEnd;
             };
             if (pattern && (best == nullptr || beats(*best))) {
-                walked = {pattern->scope, pattern->search, pattern->isEnd, false,
-                          static_cast<std::int32_t>(pattern->order)};
-                walked.hit = walk->hit();
-                walked.searchedFrom = walked.hit.location;
-                best = &walked;
+                if (isCancelled())
+                    return {Step::Cancelled};
+                // It has a length and ends on the line, so the line ending has no say in it.
+                if (pattern->isPlain) {
+                    const NSRange hit = walk->hit();
+                    fillGap(hit.location);
+                    intoTree.push_back(pattern->hasSymbol ? newMatch(pattern->scope, hit)
+                                                          : newPlainMatch(pattern->scope, hit));
+                    walk->take();
+                    open = covered = NSMaxRange(hit);
+                    continue;
+                }
+                level.walked = {pattern->scope,
+                                pattern->search,
+                                pattern->isEnd,
+                                false,
+                                static_cast<std::int32_t>(pattern->order),
+                                false,
+                                walk->hit(),
+                                walk->hit().location,
+                                walk->matchNumber(),
+                                walk->groupsBefore()};
+                best = &level.walked;
+                isWalked = true;
             }
         }
         // The line ending holds its place against everything but the region's end.
@@ -345,24 +392,18 @@ QVParse::Step QVParse::matchLineRemembering(Level &level, QVScopeMatchArray &int
         if (best == nullptr) {
             fillGap(line.contentsEnd);
             if (line.hasNewline())
-                intoTree.push_back(newMatch(_newlineScope.get(), line.newline));
+                intoTree.push_back(newPlainMatch(_newlineScope.get(), line.newline));
             return {Step::LineFinished};
         }
         const NSRange hit = best->hit;
         fillGap(hit.location);
-        if (best == &walked && walk->pattern().isPlain) {
-            intoTree.push_back(newMatch(best->scope, hit));
-            walk->take();
-            open = covered = NSMaxRange(hit);
-            continue;
-        }
         intoTree.push_back(matchForStream(*best, line));
         if (intoTree.back()->isEnd())
             return {Step::RegionEnded};
         open = std::max(hit.location + 1, NSMaxRange(hit));
         covered = NSMaxRange(hit);
         if (!intoTree.back()->isStart()) {
-            if (best == &walked)
+            if (isWalked)
                 walk->take();
             else if (walk)
                 walk->cover(hit);

@@ -14,8 +14,6 @@
 #include <set>
 #include <unordered_set>
 
-struct pcre2_real_match_data_16;
-
 namespace quorvane {
 
 class NSCharacterSet;
@@ -41,6 +39,7 @@ class QVSimpleSelector;
 class QVSymbolReaches;
 class QVSymbolRelations;
 class QVSyntax;
+struct QVGroupsOfHit;
 struct QVMatchingOutcome;
 struct QVAnchoredSequence;
 struct QVParseLine;
@@ -326,6 +325,7 @@ private:
     QVParseLine lineAtLocation(NSUInteger location, NSUInteger end);
     bool isTooLong(const QVParseLine &line) const;
     QVScopeMatchReference newMatch(const QVScope *scope, NSRange range) const;
+    inline QVScopeMatchReference newPlainMatch(const QVScope *scope, NSRange range) const;
 
     // Unanchored matching
     struct Step;
@@ -367,6 +367,8 @@ private:
     const Stream *bestOfStreams(Level &level, NSUInteger open, const QVParseLine &line,
                                 const QVSearchContext &context);
     Plan &planForScopes(const Scopes &scopes, const QVScope &parentScope);
+    const void *planKeyForScopes(const Scopes &scopes, bool isRoot) const;
+    void planLevel(Level &level);
     bool canWalkAlongLine(const Level &level, const QVParseLine &line) const;
     bool findCandidate(Stream &stream, NSUInteger from, const QVParseLine &line, const QVScope &parentScope,
                        const QVSearchContext &context);
@@ -383,13 +385,13 @@ private:
     bool acceptsHit(const QVScope &scope, const QVScope &parentScope, NSRange hit, NSUInteger rangeStart);
     QVScopeMatchReference matchForHit(const QVScope &scope,
                                       const std::shared_ptr<const QVRegularExpression> &expression,
-                                      ::pcre2_real_match_data_16 *matchData, NSRange hit, bool anchored);
+                                      const QVGroupsOfHit &groups, NSRange hit, bool anchored);
     QVScopeMatchReference matchForCutoffHit(const QVScope &scope, const QVRegularExpression &expression,
-                                            ::pcre2_real_match_data_16 *matchData, NSRange hit);
+                                            const QVGroupsOfHit &groups, NSRange hit);
     void noteOutcome(const QVScope &scope, const QVMatchingOutcome &outcome);
     static bool keepsStartResult(const QVScope &scope);
     void setCapturesOfHit(QVScopeMatch &match, const std::vector<std::shared_ptr<QVCapture>> &captures,
-                          const QVRegularExpression &expression, ::pcre2_real_match_data_16 *matchData);
+                          const QVRegularExpression &expression, const QVGroupsOfHit &groups);
 
     // What is tried
     static bool canBeCandidate(const QVScope &scope, bool inRoot, bool isTemplate);

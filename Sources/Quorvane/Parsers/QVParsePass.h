@@ -35,6 +35,9 @@ struct QVParse::Stream {
     NSRange hit = NSNotFoundRange;
     /// Where the search began that found the hit.
     NSUInteger searchedFrom = 0;
+    /// The number under which the match context held the hit's groups, and how many stood before them.
+    std::uint64_t matchNumber = 0;
+    NSUInteger groupsBefore = 0;
 
     /// Where the chain goes on behind the hit.
     NSUInteger nextLocation() const { return NSMaxRange(hit) + (hit.length == 0 ? 1 : 0); }
@@ -99,12 +102,20 @@ struct QVParse::Level {
         std::shared_ptr<QVRememberedSearch> search;
     };
     QVScopeMatch *match = nullptr;
+    /// The match's. A region like the one before it on its level keeps what is known of that, which holds for
+    /// as long as the parse's resolved scopes do.
+    const QVScope *scope = nullptr;
+    std::uint64_t resolution = 0;
+    bool canBeKept = false;
     bool isRoot = false;
     /// Nothing ends the region before this place.
     NSUInteger cutoffStart = 0;
     const Scopes *scopes = nullptr;
+    const void *planKey = nullptr;
     /// What the region may hold; null until the first line that is not too long asks.
     Plan *plan = nullptr;
+    /// The plan's table, where walks along lines may use it.
+    QVCandidateTable *walkedTable = nullptr;
     std::vector<Ending> endings;
     /// How many subsyntaxes were open when the endings were gathered. One more is in force behind a region
     /// that was refused for its depth.
@@ -112,6 +123,8 @@ struct QVParse::Level {
 
     // For the line at hand.
     std::vector<Stream> streams;
+    /// What the walk has found, where it competes with these.
+    Stream walked{};
     std::vector<NSRange> coveredByWalk;
 };
 
@@ -157,7 +170,10 @@ struct QVParsePass {
     std::unordered_set<const QVScope *> scopesWithLoggedErrors;
     std::unordered_set<const QVScope *> includesWithLoggedCycles;
 
+    /// Numbers the times between two of these.
+    std::uint64_t resolution = 1;
     void forgetResolvedScopes() {
+        ++resolution;
         includedCollectionCache.clear();
         includedScopesCache.clear();
         plans.clear();
@@ -165,6 +181,10 @@ struct QVParsePass {
         endPatterns.clear();
     }
 };
+
+inline QVScopeMatchReference QVParse::newPlainMatch(const QVScope *scope, NSRange range) const {
+    return QVScopeMatch::plainWithScope(scope, range, *_matchPool);
+}
 
 inline bool QVParse::isTooLong(const QVParseLine &line) const {
     const NSUInteger limit = maximumLineLength();

@@ -99,6 +99,14 @@ bool QVCombinedExpression::isForsaken() const {
                        [](const auto &expression) { return expression.expired(); });
 }
 
+QVCombinedExpression::QVCombinedExpression(::pcre2_real_code_16 *code, Expressions expressions)
+    : _code(code), _expressions(expressions.begin(), expressions.end()) {
+    for (const auto &expression : expressions) {
+        _groupsBefore.push_back(_groupCount);
+        _groupCount += expression->numberOfCaptureGroups();
+    }
+}
+
 QVCombinedExpression::~QVCombinedExpression() { pcre2_code_free_16(_code); }
 
 ::pcre2_real_code_16 *QVCombinedExpression::compile(Expressions expressions) {
@@ -127,10 +135,9 @@ QVCombinedExpression::~QVCombinedExpression() { pcre2_code_free_16(_code); }
     pcre2_set_newline_16(context, PCRE2_NEWLINE_ANY);
     int errorCode = 0;
     PCRE2_SIZE errorOffset = 0;
-    pcre2_code_16 *const code = pcre2_compile_16(pcre2Characters(pattern.data()), pattern.size(),
-                                                 PCRE2_UTF | PCRE2_NO_UTF_CHECK | PCRE2_MULTILINE |
-                                                     PCRE2_ANCHORED | PCRE2_NO_AUTO_CAPTURE,
-                                                 &errorCode, &errorOffset, context);
+    pcre2_code_16 *const code = pcre2_compile_16(
+        pcre2Characters(pattern.data()), pattern.size(),
+        PCRE2_UTF | PCRE2_NO_UTF_CHECK | PCRE2_MULTILINE | PCRE2_ANCHORED, &errorCode, &errorOffset, context);
     pcre2_compile_context_free_16(context);
     if (code == nullptr || pcre2_jit_compile_16(code, PCRE2_JIT_COMPLETE) == 0)
         return code;
@@ -140,7 +147,7 @@ QVCombinedExpression::~QVCombinedExpression() { pcre2_code_free_16(_code); }
 
 std::int32_t QVCombinedExpression::firstAtLocation(NSUInteger location, std::u16string_view text,
                                                    QVRegularExpressionMatchContext &context) const {
-    context.prepareForGroups(0);
+    context.prepareForGroups(_groupCount);
     pcre2_match_data_16 *const data = context.matchData();
     // The context's own limits are for searches: no offset limit holds here.
     const int result = pcre2_jit_match_16(_code, pcre2Characters(text.data()), text.size(), location,
@@ -160,7 +167,7 @@ QVCombinedExpression::matchAtLocation(NSUInteger location, std::u16string_view t
     const PCRE2_SIZE *const vector = pcre2_get_ovector_pointer_16(context.matchData());
     if (vector[0] != location || vector[1] < location)
         return {unknownExpression, 0};
-    return {index, vector[1]};
+    return {index, vector[1], _groupsBefore[static_cast<std::size_t>(index)]};
 }
 
 } // namespace quorvane

@@ -38,6 +38,8 @@ public:
         std::int32_t index = noExpression;
         /// Where its match ends; it begins at the place.
         NSUInteger end = 0;
+        /// Groups of the match data that belong to the expressions before it.
+        NSUInteger groupsBefore = 0;
     };
     /// Tries the expressions at a place that is no half of a character. The text is the whole buffer: what a
     /// match may look at and reach is not limited. Overwrites the context's match data.
@@ -50,8 +52,7 @@ public:
                                  QVRegularExpressionMatchContext &context) const;
 
 private:
-    QVCombinedExpression(::pcre2_real_code_16 *code, Expressions expressions)
-        : _code(code), _expressions(expressions.begin(), expressions.end()) {}
+    QVCombinedExpression(::pcre2_real_code_16 *code, Expressions expressions);
     bool isOf(Expressions others) const;
     /// Whether some of the expressions are gone.
     bool isForsaken() const;
@@ -60,6 +61,9 @@ private:
     ::pcre2_real_code_16 *_code;
     /// Not owned: the first one owns this.
     std::vector<std::weak_ptr<const QVRegularExpression>> _expressions;
+    /// How many groups the expressions before each have, and all of them.
+    std::vector<NSUInteger> _groupsBefore;
+    NSUInteger _groupCount = 0;
 };
 
 } // namespace quorvane

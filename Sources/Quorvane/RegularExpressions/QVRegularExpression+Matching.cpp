@@ -142,8 +142,7 @@ NSUInteger clampedEnd(pcre2_match_data_16 *data, const Subject &subject) {
 /// Whether a match ends before its start or starts before the search. Assertions that call a group with "\K"
 /// can do this, and so does a search that began within a pair when it goes back over it. Such a match is
 /// none: it has no range.
-bool isCrossed(pcre2_match_data_16 *data, NSUInteger searchedFrom) {
-    const PCRE2_SIZE *vector = pcre2_get_ovector_pointer_16(data);
+bool isCrossed(const PCRE2_SIZE *vector, NSUInteger searchedFrom) {
     return vector[0] > vector[1] || vector[0] < searchedFrom;
 }
 
@@ -232,7 +231,7 @@ QVMatchingOutcome QVRegularExpression::enumerateMatchesInCharacters(
             outcome.kind = QVMatchingOutcome::Overrun;
             break;
         }
-        if (isCrossed(matcher.data, offset)) [[unlikely]] {
+        if (isCrossed(pcre2_get_ovector_pointer_16(matcher.data), offset)) [[unlikely]] {
             if (anchored)
                 break;
             offset = std::max(offset, end) + 1;
@@ -286,9 +285,19 @@ QVMatchingOutcome QVRegularExpression::directSearchInCharacters(const char16_t *
         const int result =
             pcre2_jit_match_16(_code, pcre2Characters(characters), length, subject.startOffset,
                                PCRE2_NO_UTF_CHECK, context.matchData(), context.matchContext());
-        if (result >= 0 && isCrossed(context.matchData(), range.location)) [[unlikely]]
-            return firstOfEnumeration(characters, length, range, context);
-        if (result != PCRE2_ERROR_JIT_STACKLIMIT) [[likely]]
+        if (result == PCRE2_ERROR_NOMATCH)
+            return {};
+        if (result >= 0) [[likely]] {
+            const PCRE2_SIZE *const vector = pcre2_get_ovector_pointer_16(context.matchData());
+            if (isCrossed(vector, range.location)) [[unlikely]]
+                return firstOfEnumeration(characters, length, range, context);
+            return {vector[1] > subject.offsetLimit ? QVMatchingOutcome::Overrun : QVMatchingOutcome::Hit,
+                    false,
+                    0,
+                    {vector[0], vector[1] - vector[0]},
+                    context.matchNumber()};
+        }
+        if (result != PCRE2_ERROR_JIT_STACKLIMIT)
             return outcomeOfResult(result, context.matchData(), subject);
     }
     std::uint32_t options = matchOptions(QVMatchingRangeLimit, _JITEnabled);
@@ -302,7 +311,7 @@ QVMatchingOutcome QVRegularExpression::directSearchInCharacters(const char16_t *
                     options,
                     _JITEnabled && !interpreted};
     const int result = matcher.matchAt(subject.startOffset);
-    if (result >= 0 && isCrossed(matcher.data, range.location)) [[unlikely]]
+    if (result >= 0 && isCrossed(pcre2_get_ovector_pointer_16(matcher.data), range.location)) [[unlikely]]
         return firstOfEnumeration(characters, length, range, context);
     QVMatchingOutcome outcome = outcomeOfResult(result, matcher.data, subject);
     outcome.fellBack = matcher.fellBack;
@@ -328,7 +337,8 @@ QVRegularExpression::directMatchInCharacters(const char16_t *characters, NSUInte
         result = Matcher{*this, _code, subject, context.matchData(), context.matchContext(), options, false}
                      .matchAt(range.location);
     }
-    if (result >= 0 && isCrossed(context.matchData(), range.location)) [[unlikely]]
+    if (result >= 0 && isCrossed(pcre2_get_ovector_pointer_16(context.matchData()), range.location))
+        [[unlikely]]
         return {};
     return outcomeOfResult(result, context.matchData(), subject);
 }

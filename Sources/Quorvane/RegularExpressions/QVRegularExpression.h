@@ -67,6 +67,21 @@ struct QVMatchingOutcome {
     int errorCode = 0;
     /// The hit, in units of the whole buffer.
     NSRange range = NSNotFoundRange;
+    /// For a hit, the number under which the match context holds its groups; 0 where it doesn't hold them.
+    std::uint64_t matchNumber = 0;
+};
+
+/// The groups of a hit. Where several patterns were matched as one, those of the earlier ones stand before.
+struct QVGroupsOfHit {
+    /// Null where nobody needs them.
+    QVPCRE2MatchData *matchData = nullptr;
+    NSUInteger groupsBefore = 0;
+
+    explicit operator bool() const { return matchData != nullptr; }
+    /// A group by its number in its own pattern, 0 for the whole hit.
+    NSRange rangeAtIndex(NSUInteger index) const {
+        return QVPCRE2MatchDataRangeAtIndex(matchData, index == 0 ? 0 : groupsBefore + index, 0);
+    }
 };
 
 /// A compiled pattern over UTF-16 text: the one wrapper around the matcher that every pattern of a grammar

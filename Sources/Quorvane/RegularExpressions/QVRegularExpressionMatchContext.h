@@ -18,13 +18,18 @@ public:
     QVRegularExpressionMatchContext(const QVRegularExpressionMatchContext &) = delete;
     QVRegularExpressionMatchContext &operator=(const QVRegularExpressionMatchContext &) = delete;
 
-    /// Makes the match data large enough for the expression's groups.
+    /// Before each match: makes the match data large enough for the expression's groups. What they held is
+    /// gone.
     void prepareForRegularExpression(const QVRegularExpression &regularExpression);
     /// The same for so many groups, the whole match not counted.
     void prepareForGroups(NSUInteger count) {
+        ++_matchNumber;
         if (_matchDataSize <= count) [[unlikely]]
             makeMatchData(count + 1);
     }
+    /// Numbers the matches, from 1. Who kept the number that was in force when a match was made still finds
+    /// its groups while that is the same.
+    std::uint64_t matchNumber() const { return _matchNumber; }
 
     ::pcre2_real_match_data_16 *matchData() const { return _matchData; }
     ::pcre2_real_match_context_16 *matchContext() const { return _matchContext; }
@@ -39,6 +44,7 @@ private:
     ::pcre2_real_match_context_16 *_matchContext;
     ::pcre2_real_match_data_16 *_matchData = nullptr;
     NSUInteger _matchDataSize = 0;
+    std::uint64_t _matchNumber = 0;
 };
 
 } // namespace quorvane

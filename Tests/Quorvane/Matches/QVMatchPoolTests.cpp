@@ -188,3 +188,20 @@ TEST(QVMatchPool, ThatGoesLeavesItsMemoryToTheNext) {
     EXPECT_EQ(&QVMatchPool::poolOf(other), next.get());
     next->deallocate(other, 80);
 }
+
+TEST(QVMatchPool, HoldsTheArrayOfAMatchsCapturesToo) {
+    const auto pool = QVMatchPool::create();
+    const auto scope = scopeOfType(QVScopeTypeMatch);
+    const auto capture = captureOfGroup(1);
+    scope->setCaptures({capture});
+    {
+        const auto match = QVScopeMatch::initWithScope(scope.get(), *pool);
+        std::unique_ptr<QVCaptureMatchArray> captures(new (*pool) QVCaptureMatchArray);
+        // More than stand in the array itself.
+        for (int count = 0; count < 5; ++count)
+            captures->push_back(QVCaptureMatch::initWithCapture(capture.get(), *pool));
+        match->setCaptureMatches(std::move(captures));
+        EXPECT_EQ(pool->livePieces(), 1u + 1u + 5u);
+    }
+    EXPECT_EQ(pool->livePieces(), 0u);
+}

@@ -97,14 +97,40 @@ TEST(QVScopeMatch, EachOfThreeRecordsHasTheSizeOfItsFields) {
     withEndCaptures->setEndCaptures({captureOfGroup(1)});
     const auto regionWithCaptures = scopeOfType(QVScopeTypeStartEnd);
     regionWithCaptures->setCaptures({captureOfGroup(1)});
-    // A pointer; that, a range and four pointers; that and one more.
+    // A pointer; that, a range, an array and five pointers; that and one more.
     EXPECT_EQ(QVScopeMatch::bytesForScope(withCaptures.get()), node + 8);
     EXPECT_EQ(QVScopeMatch::bytesForScope(withEndCaptures.get()), node + 8);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeStartEnd).get()), node + 64);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(regionWithCaptures.get()), node + 64);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeRoot).get()), node + 64);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeMatch, u"comment").get()), node + 72);
-    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeStartEnd, u"comment").get()), node + 72);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeStartEnd).get()), node + 88);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(regionWithCaptures.get()), node + 88);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeRoot).get()), node + 88);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeMatch, u"comment").get()), node + 96);
+    EXPECT_EQ(QVScopeMatch::bytesForScope(scopeOfType(QVScopeTypeStartEnd, u"comment").get()), node + 96);
+}
+
+TEST(QVScopeMatch, AnEndOfARegionIsNoContainerButHasCaptures) {
+    const auto pool = QVMatchPool::create();
+    const auto region = scopeOfType(QVScopeTypeStartEnd, u"comment");
+    region->setEndCaptures({captureOfGroup(1)});
+    const auto end = QVScopeMatch::endWithScope(region.get(), {7, 2}, *pool);
+    EXPECT_TRUE(end->isEnd());
+    EXPECT_EQ(end->scope(), region.get());
+    EXPECT_EQ(end->range(), (NSRange{7, 2}));
+    EXPECT_TRUE(end->hasCaptures());
+    EXPECT_FALSE(end->hasSubmatches());
+    EXPECT_FALSE(end->hasSymbol());
+    EXPECT_EQ(end->endRange(), NSNotFoundRange);
+}
+
+TEST(QVScopeMatch, APlainMatchHasItsPlaceAndNothingElse) {
+    const auto pool = QVMatchPool::create();
+    const auto scope = scopeOfType(QVScopeTypeMatch);
+    const auto match = QVScopeMatch::plainWithScope(scope.get(), {3, 4}, *pool);
+    EXPECT_EQ(match->scope(), scope.get());
+    EXPECT_EQ(match->range(), (NSRange{3, 4}));
+    EXPECT_FALSE(match->isStart() || match->isEnd() || match->isInserted() || match->skipForBumping());
+    EXPECT_FALSE(match->hasCaptures() || match->hasSubmatches() || match->hasSymbol());
+    EXPECT_EQ(match->anchoredMatchIdx(), NSUInteger(NSNotFound));
+    EXPECT_EQ(match->parentMatch(), nullptr);
 }
 
 TEST(QVScopeMatch, ARecordIsInThePieceOfItsMatch) {

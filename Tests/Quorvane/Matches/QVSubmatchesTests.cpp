@@ -79,7 +79,7 @@ constexpr NSUInteger few = QVSubmatchChunks::fewSubmatches;
 TEST_F(ManySubmatches, StandInOneArrayUpToABoundAndInPiecesBeyond) {
     QVSubmatchStore store;
     EXPECT_FALSE(store);
-    store.assign(std::make_unique<QVScopeMatchArray>(few, make(0)));
+    store.assign(QVScopeMatchArray(few, make(0)));
     EXPECT_NE(store.array(), nullptr);
     EXPECT_EQ(store.chunks(), nullptr);
     const QVScopeMatchReference one = make(0);
@@ -89,10 +89,10 @@ TEST_F(ManySubmatches, StandInOneArrayUpToABoundAndInPiecesBeyond) {
     EXPECT_EQ(store.chunks()->problem(), nullptr);
     EXPECT_EQ(store.count(), few + 1);
     EXPECT_EQ(store[few], one.get());
-    store.assign(std::make_unique<QVScopeMatchArray>());
+    store.assign({});
     EXPECT_TRUE(store);
     EXPECT_EQ(store.count(), 0u);
-    store.assign(nullptr);
+    store.reset();
     EXPECT_FALSE(store);
 }
 

@@ -46,7 +46,7 @@ struct Fixture {
         if (!made) {
             std::vector<QVCandidateTable::Pattern> patterns;
             for (std::uint32_t index = 0; index < searches.size(); ++index)
-                patterns.push_back({nullptr, searches[index].get(), index, true, index < ends});
+                patterns.push_back({nullptr, searches[index].get(), index, true, false, index < ends});
             made = std::make_unique<QVCandidateTable>(std::move(patterns));
         }
         return *made;

@@ -142,3 +142,49 @@ TEST(QVCombinedExpression, ASpentMatcherLeavesTheQuestionOpen) {
     EXPECT_EQ(combined->matchAtLocation(0, std::u16string_view(text).substr(1, 64), context).index,
               QVCombinedExpression::unknownExpression);
 }
+
+TEST(QVCombinedExpression, GroupsOfAnExpressionStandBehindThoseOfTheOnesBeforeIt) {
+    const Expressions expressions{expression(u"(a)(b)"), expression(u"(x)(y)?(z)"), expression(u"(a)c(d)")};
+    const auto combined = QVCombinedExpression::combinedExpressionForExpressions(expressions);
+    ASSERT_TRUE(combined);
+    const std::u16string buffer = u" xzabacd ";
+    const auto text = std::u16string_view(buffer).substr(1, 7);
+    QVRegularExpressionMatchContext context;
+
+    const auto second = combined->matchAtLocation(0, text, context);
+    ASSERT_EQ(second.index, 1);
+    const QVGroupsOfHit ofSecond{context.matchData(), second.groupsBefore};
+    EXPECT_EQ(ofSecond.rangeAtIndex(0), (NSRange{0, 2}));
+    EXPECT_EQ(ofSecond.rangeAtIndex(1), (NSRange{0, 1}));
+    EXPECT_EQ(ofSecond.rangeAtIndex(2), NSNotFoundRange);
+    EXPECT_EQ(ofSecond.rangeAtIndex(3), (NSRange{1, 1}));
+
+    const auto first = combined->matchAtLocation(2, text, context);
+    ASSERT_EQ(first.index, 0);
+    EXPECT_EQ((QVGroupsOfHit{context.matchData(), first.groupsBefore}.rangeAtIndex(2)), (NSRange{3, 1}));
+
+    // The first one took its "a" before it failed.
+    const auto third = combined->matchAtLocation(4, text, context);
+    ASSERT_EQ(third.index, 2);
+    EXPECT_EQ((QVGroupsOfHit{context.matchData(), third.groupsBefore}.rangeAtIndex(1)), (NSRange{4, 1}));
+    EXPECT_EQ((QVGroupsOfHit{context.matchData(), third.groupsBefore}.rangeAtIndex(2)), (NSRange{6, 1}));
+    EXPECT_EQ((QVGroupsOfHit{context.matchData(), 0}.rangeAtIndex(1)), NSNotFoundRange);
+}
+
+TEST(QVCombinedExpression, AHitsGroupsAreToldByTheNumberOfItsMatchUntilTheNextOne) {
+    const auto words = expression(u"(\\w)\\w+");
+    const std::u16string buffer = u" ab cd ";
+    QVRegularExpressionMatchContext context;
+    const auto search = [&](NSRange range) {
+        return words->directSearchInCharacters(buffer.data() + 1, 5, range, context, false);
+    };
+    const QVMatchingOutcome first = search({0, 5});
+    ASSERT_EQ(first.kind, QVMatchingOutcome::Hit);
+    EXPECT_EQ(first.matchNumber, context.matchNumber());
+    EXPECT_EQ((QVGroupsOfHit{context.matchData()}.rangeAtIndex(1)), (NSRange{0, 1}));
+    const QVMatchingOutcome second = search({2, 3});
+    EXPECT_NE(first.matchNumber, context.matchNumber());
+    EXPECT_EQ(second.matchNumber, context.matchNumber());
+    EXPECT_EQ(search({4, 1}).matchNumber, 0u);
+    EXPECT_NE(second.matchNumber, context.matchNumber());
+}

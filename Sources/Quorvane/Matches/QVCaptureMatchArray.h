@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Quorvane/Matches/QVMatch.h"
+#include "Quorvane/Matches/QVMatchPool.h"
+
+#include <boost/container/small_vector.hpp>
+
+namespace quorvane {
+
+/// The capture matches of one match, in the order of its scope's captures. Every other match has some, mostly
+/// one or two, so they stand in the array itself, which comes from the pool of its match.
+class QVCaptureMatchArray final
+    : public boost::container::small_vector<boost::intrusive_ptr<QVCaptureMatch>, 3> {
+public:
+    using small_vector::small_vector;
+
+    static void *operator new(std::size_t size) { return QVMatchPool::sharedPool().allocate(size); }
+    static void *operator new(std::size_t size, QVMatchPool &pool) { return pool.allocate(size); }
+    static void operator delete(void *array, std::size_t size) {
+        QVMatchPool::poolOf(array).deallocate(array, size);
+    }
+    static void operator delete(void *array, QVMatchPool &pool) {
+        pool.deallocate(array, sizeof(QVCaptureMatchArray));
+    }
+};
+
+} // namespace quorvane
