@@ -33,9 +33,8 @@ std::unique_ptr<QVCaptureMatchArray> QVCaptureMatch::captureMatchesWithGroups(
         const NSRange range = groups.rangeAtIndex(capture->number());
         if (range.location == NSNotFound)
             continue;
-        if (!matches) {
+        if (!matches)
             matches.reset(new (pool) QVCaptureMatchArray);
-        }
         auto match = initWithCapture(capture.get(), pool);
         match->_range = range;
         match->_parentMatch = parentMatch;

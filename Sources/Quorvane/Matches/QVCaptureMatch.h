@@ -22,6 +22,7 @@ public:
         const QVScope::Captures &captures, const QVRegularExpression &regularExpression,
         ::pcre2_real_match_data_16 *matchData, NSUInteger offset, std::u16string_view source, NSRange range,
         QVScopeMatch *parentMatch, QVMatchPool &pool = QVMatchPool::sharedPool());
+    /// The same from the groups of a hit, in the text's own places.
     static std::unique_ptr<QVCaptureMatchArray>
     captureMatchesWithGroups(const QVScope::Captures &captures, const QVRegularExpression &regularExpression,
                              const QVGroupsOfHit &groups, QVScopeMatch *parentMatch, QVMatchPool &pool);

@@ -31,6 +31,7 @@ public:
         std::uint32_t order;
         /// Whether a hit becomes one match that holds nothing.
         bool isPlain;
+        /// Whether that match can point to a symbol.
         bool hasSymbol;
         /// Whether a hit ends the enclosing region.
         bool isEnd = false;

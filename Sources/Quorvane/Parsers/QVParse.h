@@ -325,6 +325,7 @@ private:
     QVParseLine lineAtLocation(NSUInteger location, NSUInteger end);
     bool isTooLong(const QVParseLine &line) const;
     QVScopeMatchReference newMatch(const QVScope *scope, NSRange range) const;
+    /// Of a scope without captures, children and symbol.
     inline QVScopeMatchReference newPlainMatch(const QVScope *scope, NSRange range) const;
 
     // Unanchored matching
