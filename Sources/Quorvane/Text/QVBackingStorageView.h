@@ -28,7 +28,7 @@ public:
     /// fixed again before they are read, and laid out again.
     virtual void backingStorageDidInvalidateAttributesInRange(NSRange range) = 0;
 
-    // Around a change of characters, with the range as it was before.
+    // Around a change of characters, with the range as it was before. What is put in is good for the call.
 
     /// Nothing has changed yet, and the document's observers have not been told.
     virtual void
