@@ -58,7 +58,8 @@ void writePage(benchmark::State &state, const Text &text) {
             });
         });
         parse->performReadingBlockAndWait([&] {
-            std::vector<highlight::PageTheme> themes{{theme, defaults, {}}};
+            std::vector<highlight::PageTheme> themes;
+            themes.push_back({theme, defaults, {}});
             const double colourSeconds = secondsOf([&] {
                 themes[0].runs = highlight::attributeRuns(*parse, {0, text.string.length()}, defaults);
             });
