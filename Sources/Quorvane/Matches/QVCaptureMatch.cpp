@@ -6,6 +6,12 @@
 
 namespace quorvane {
 
+void *QVCaptureMatchArray::operator new(std::size_t size) { return QVMatchPool::sharedPool().allocate(size); }
+
+void QVCaptureMatchArray::operator delete(void *array, std::size_t size) {
+    QVMatchPool::poolOf(array).deallocate(array, size);
+}
+
 boost::intrusive_ptr<QVCaptureMatch> QVCaptureMatch::initWithCapture(const QVCapture *capture,
                                                                      QVMatchPool &pool) {
     return boost::intrusive_ptr<QVCaptureMatch>(new (pool.allocate(sizeof(QVCaptureMatch)))

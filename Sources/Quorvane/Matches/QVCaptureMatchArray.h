@@ -14,11 +14,10 @@ class QVCaptureMatchArray final
 public:
     using small_vector::small_vector;
 
-    static void *operator new(std::size_t size) { return QVMatchPool::sharedPool().allocate(size); }
+    // Hosts own arrays too, and know nothing of pools.
+    QV_EXPORT static void *operator new(std::size_t size);
     static void *operator new(std::size_t size, QVMatchPool &pool) { return pool.allocate(size); }
-    static void operator delete(void *array, std::size_t size) {
-        QVMatchPool::poolOf(array).deallocate(array, size);
-    }
+    QV_EXPORT static void operator delete(void *array, std::size_t size);
     static void operator delete(void *array, QVMatchPool &pool) {
         pool.deallocate(array, sizeof(QVCaptureMatchArray));
     }

@@ -1,8 +1,9 @@
-// A host in small: it includes the umbrella, runs tasks, throws across the library's edge and makes objects
-// of its own classes.
+// A host in small: it includes the umbrella, runs tasks, throws across the library's edge, makes objects of
+// its own classes and owns some of the library's.
 #include <Quorvane/Quorvane.h>
 
 #include <iostream>
+#include <memory>
 #include <vector>
 
 using namespace quorvane;
@@ -36,6 +37,10 @@ int main() {
         if (exception.name() != NSRangeException)
             return 3;
     }
+
+    // Captures live in memory that the library keeps to itself.
+    if (!std::make_unique<QVCaptureMatchArray>()->empty())
+        return 4;
 
     const std::shared_ptr<NSObject> note =
         std::make_shared<Note>(NSString::stringWithUTF8String(QVQuorvaneVersion()));
