@@ -176,3 +176,42 @@ TEST(QVParseBothWays, AnEndBehindHalfACharacterKeepsItsCaptures) {
                     "  Unknown unknown [1,2]\n"
                     "  @end 0 group [3,0]\n");
 }
+
+TEST(QVParseBothWays, AStartThatIsMatchedAmongOthersKnowsWhatItsEndIsMadeOf) {
+    // Once they are compiled into one, another pattern's group stands before the region's.
+    EXPECT_EQ(treeOfText("<scope name=\"other\"><expression>&lt;(\\w)!</expression>"
+                         "<capture number=\"1\" name=\"group\"/></scope>"
+                         "<scope name=\"it\"><starts-with><expression>&lt;(\\w)></expression></starts-with>"
+                         "<ends-with><template>&lt;/$1></template></ends-with></scope>",
+                         u"<a></b></a><b></a></b><c!<c></></c>"),
+              "StartEnd it [0,3] end[7,4]\n"
+              "  Unknown unknown [3,4]\n"
+              "StartEnd it [11,3] end[18,4]\n"
+              "  Unknown unknown [14,4]\n"
+              "Match other [22,3]\n"
+              "  @1 group [23,1]\n"
+              "StartEnd it [25,3] end[31,4]\n"
+              "  Unknown unknown [28,3]\n");
+}
+
+TEST(QVParseBothWays, ARegionHoldsTemplateScopesAgainBehindOneOfItsKindThatStoodInSuch) {
+    const auto region = [](const char *name, const char *start, const char *end, const char *content) {
+        return std::string("<scope name=\"") + name + "\"><starts-with><expression>" + start +
+               "</expression></starts-with><ends-with><expression>" + end +
+               "</expression></ends-with><subscopes>" + content + "</subscopes></scope>";
+    };
+    const char *const include = "<include syntax=\"self\" collection=\"c\"/>";
+    const auto syntax = syntaxWithElements(
+        "<collections><collection name=\"c\">" + region("it", "\\[", "\\]", "") +
+        "</collection></collections><template-scopes>" + region("template", "\\{", "\\}", include) +
+        "</template-scopes><scopes>" + region("plain", "\\(", "\\)", include) + "</scopes>");
+    EXPECT_EQ(treeOfText(syntax, u"{[{]}([{}])([{}])"), "StartEnd template [0,1] end[4,1]\n"
+                                                        "  StartEnd it [1,1] end[3,1]\n"
+                                                        "    Unknown unknown [2,1]\n"
+                                                        "StartEnd plain [5,1] end[10,1]\n"
+                                                        "  StartEnd it [6,1] end[9,1]\n"
+                                                        "    StartEnd template [7,1] end[8,1]\n"
+                                                        "StartEnd plain [11,1] end[16,1]\n"
+                                                        "  StartEnd it [12,1] end[15,1]\n"
+                                                        "    StartEnd template [13,1] end[14,1]\n");
+}
