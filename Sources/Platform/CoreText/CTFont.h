@@ -19,7 +19,7 @@ inline constexpr CTFontSymbolicTraits kCTFontTraitBold = 1u << 1;
 inline constexpr CTFontSymbolicTraits kCTFontTraitMonoSpace = 1u << 10;
 
 /// What a font is asked to be; what is absent stays as it is.
-struct CTFontAttributes {
+struct QV_EXPORT CTFontAttributes {
     /// In points.
     std::optional<CGFloat> kCTFontSizeAttribute = std::nullopt;
     /// The one entry of the traits that counts.

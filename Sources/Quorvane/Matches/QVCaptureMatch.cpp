@@ -8,8 +8,14 @@ namespace quorvane {
 
 void *QVCaptureMatchArray::operator new(std::size_t size) { return QVMatchPool::sharedPool().allocate(size); }
 
+void *QVCaptureMatchArray::operator new(std::size_t size, QVMatchPool &pool) { return pool.allocate(size); }
+
 void QVCaptureMatchArray::operator delete(void *array, std::size_t size) {
     QVMatchPool::poolOf(array).deallocate(array, size);
+}
+
+void QVCaptureMatchArray::operator delete(void *array, QVMatchPool &pool) {
+    pool.deallocate(array, sizeof(QVCaptureMatchArray));
 }
 
 boost::intrusive_ptr<QVCaptureMatch> QVCaptureMatch::initWithCapture(const QVCapture *capture,

@@ -16,11 +16,9 @@ public:
 
     // Hosts own arrays too, and know nothing of pools.
     QV_EXPORT static void *operator new(std::size_t size);
-    static void *operator new(std::size_t size, QVMatchPool &pool) { return pool.allocate(size); }
+    static void *operator new(std::size_t size, QVMatchPool &pool);
     QV_EXPORT static void operator delete(void *array, std::size_t size);
-    static void operator delete(void *array, QVMatchPool &pool) {
-        pool.deallocate(array, sizeof(QVCaptureMatchArray));
-    }
+    static void operator delete(void *array, QVMatchPool &pool);
 };
 
 } // namespace quorvane

@@ -49,7 +49,7 @@ public:
     /// A pool for one writer at a time.
     static Owner create();
     /// The pool of nodes that belong to no parse; any thread.
-    static QVMatchPool &sharedPool();
+    QV_EXPORT static QVMatchPool &sharedPool();
     /// The pool that a piece of memory came from.
     static QVMatchPool &poolOf(const void *piece);
 

@@ -38,9 +38,15 @@ int main() {
             return 3;
     }
 
-    // Captures live in memory that the library keeps to itself.
-    if (!std::make_unique<QVCaptureMatchArray>()->empty())
+    // Matches and captures live in memory that the library keeps to itself.
+    const QVScope scope;
+    const QVScopeMatchReference match = QVScopeMatch::initWithScope(&scope);
+    if (match->scope() != &scope || !std::make_unique<QVCaptureMatchArray>()->empty())
         return 4;
+    // Attributes of fonts may be keys of a host's own tables.
+    if (std::hash<CTFontAttributes>()({.kCTFontSizeAttribute = 12}) !=
+        std::hash<CTFontAttributes>()({.kCTFontSizeAttribute = 12}))
+        return 5;
 
     const std::shared_ptr<NSObject> note =
         std::make_shared<Note>(NSString::stringWithUTF8String(QVQuorvaneVersion()));
