@@ -8,7 +8,8 @@
 namespace quorvane {
 
 /// The capture matches of one match, in the order of its scope's captures. Every other match has some, mostly
-/// one or two, so they stand in the array itself, which comes from the pool of its match.
+/// one or two, so they stand in the array itself, which comes from the pool of its match; so it may be let go
+/// where its matches may be, and by nobody beside the tree's writer.
 class QVCaptureMatchArray final
     : public boost::container::small_vector<boost::intrusive_ptr<QVCaptureMatch>, 3> {
 public:

@@ -159,14 +159,15 @@ QVParse::Level &QVParse::beginLevel(QVScopeMatch *match, const Scopes &scopes, N
             ending.ancestor = match;
         return level;
     }
+    level.canBeKept = false;
     level.scope = &scope;
     level.planKey = planKey;
     level.resolution = _pass->resolution;
-    level.canBeKept = _pass->subsyntaxAncestors.empty() && !scope.endRegularExpressionTemplate();
     level.isRoot = isRoot;
     level.scopes = &scopes;
     level.plan = nullptr;
     gatherEndings(level);
+    level.canBeKept = _pass->subsyntaxAncestors.empty() && !scope.endRegularExpressionTemplate();
     return level;
 }
 

@@ -12,7 +12,10 @@ struct Alternative {
     /// Those read so far, and those behind the start of its tail.
     std::size_t elements = 0;
     std::size_t tailElements = 0;
+    /// The number of the first that takes text whatever the text is, as far as that is known; 0 for none.
+    std::size_t firstText = 0;
     bool beginsAtLineStart = false;
+    bool mayLookAheadFirst = false;
     bool isEmpty = true;
     bool fails = false;
 };
@@ -29,6 +32,7 @@ private:
         return _pattern.substr(_index, spelling.size()) == spelling;
     }
     bool isAssertion() const;
+    bool setsOptions() const;
     void noteKindOfGroup();
     void readElement();
     void readEscape();
@@ -45,6 +49,8 @@ private:
     void addText() {
         addAssertion();
         alternative().isEmpty = false;
+        if (alternative().firstText == 0)
+            alternative().firstText = alternative().elements;
     }
     void readCount();
     Alternative &alternative() { return _alternatives.back(); }
@@ -153,6 +159,12 @@ bool OutlineReader::skipGroup() {
 
 bool OutlineReader::isAssertion() const { return at(u"(?=") || at(u"(?!") || at(u"(?<=") || at(u"(?<!"); }
 
+bool OutlineReader::setsOptions() const {
+    const char16_t letter = at(u"(?") && _index + 2 < _pattern.size() ? _pattern[_index + 2] : u'\0';
+    return (letter >= u'a' && letter <= u'z') || letter == u'J' || letter == u'U' || letter == u'^' ||
+           letter == u'-';
+}
+
 /// Groups that set options, have names, or stand for others, can't be cut off from the rest.
 void OutlineReader::noteKindOfGroup() { _canCut &= isAssertion() || at(u"(?:") || at(u"(?>") || !at(u"(?"); }
 
@@ -172,11 +184,20 @@ void OutlineReader::readGroup() {
         readVerb();
         return;
     }
+    const std::size_t start = _index;
+    const std::size_t firstText = alternative().firstText;
+    const bool looksElsewhere = isAssertion() && !at(u"(?=");
+    const bool setsOptions = this->setsOptions();
     if (isAssertion())
         addAssertion();
     else
         addText();
     _isKnown &= skipGroup();
+    // What a group takes is not read, and options may turn what looks like text into comments.
+    alternative().firstText = firstText;
+    if (firstText == 0 && !looksElsewhere)
+        alternative().mayLookAheadFirst |=
+            setsOptions || QVPatternOutline::mayLookAhead(_pattern.substr(start, _index - start));
 }
 
 void OutlineReader::readEscape() {
@@ -212,6 +233,8 @@ void OutlineReader::readCount() {
     _isKnown &= alternative().tailElements != 0;
     if (alternative().elements == 1)
         alternative().beginsAtLineStart = false;
+    if (alternative().elements == alternative().firstText)
+        alternative().firstText = 0;
 }
 
 void OutlineReader::readElement() {
@@ -245,6 +268,8 @@ void OutlineReader::readElement() {
         break;
     case u'{':
         readCount();
+        // The figures of a count are no text.
+        alternative().mayLookAheadFirst |= alternative().firstText == 0;
         addText();
         break;
     case u'#':
@@ -276,6 +301,7 @@ QVPatternOutline OutlineReader::read() {
     };
     outline.matchesEmptyTextAlone = all([](const Alternative &one) { return one.isEmpty; });
     outline.startsAtLineStartsAlone = all([](const Alternative &one) { return one.beginsAtLineStart; });
+    outline.mayLookAheadFirst = !all([](const Alternative &one) { return !one.mayLookAheadFirst; });
     if (_canCut)
         outline.tails = std::move(_tails);
     return outline;
@@ -285,6 +311,11 @@ QVPatternOutline OutlineReader::read() {
 
 QVPatternOutline QVPatternOutline::outlineOfPattern(std::u16string_view pattern, bool extended) {
     return OutlineReader(pattern, extended).read();
+}
+
+bool QVPatternOutline::mayLookAhead(std::u16string_view pattern) {
+    const auto has = [&](std::u16string_view spelling) { return pattern.find(spelling) != pattern.npos; };
+    return has(u"(?=") || has(u"(?*") || has(u"pla:") || has(u"lookahead:");
 }
 
 } // namespace quorvane

@@ -15,6 +15,8 @@ struct QVPatternOutline {
     bool matchesEmptyTextAlone = false;
     /// A search that begins behind a line's start finds nothing on the rest of that line.
     bool startsAtLineStartsAlone = false;
+    /// A look-ahead may say what a match begins with, for there may be one before any text is taken.
+    bool mayLookAheadFirst = true;
     /// Patterns of which one must match wherever this one does, such that the match is at least as long: what
     /// stands behind the place to which "\K" moves the start, for each alternative that can match at all.
     /// Nothing where that can't be told.
@@ -23,6 +25,10 @@ struct QVPatternOutline {
     /// `extended` patterns have blanks and comments that mean nothing. The result refers to the pattern's
     /// text.
     static QVPatternOutline outlineOfPattern(std::u16string_view pattern, bool extended);
+
+    /// Whether the pattern may ask for text behind its match. Looking for the spelling finds a few others
+    /// too.
+    static bool mayLookAhead(std::u16string_view pattern);
 };
 
 } // namespace quorvane

@@ -35,9 +35,21 @@ bool dependsOnTheSearchsStart(std::u16string_view pattern) {
            pattern.find(u"(*") != pattern.npos;
 }
 
-/// Whether the pattern may ask for text behind its match. Looking for the spelling finds a few others too.
-bool looksAhead(std::u16string_view pattern) {
-    return pattern.find(u"(?=") != pattern.npos || pattern.find(u"(?*") != pattern.npos;
+/// Where a look-ahead says what a match begins with, the library knows that unit and may know another one
+/// that must come. It looks for the second behind the first, though in `(?=1)a?1` both are the same.
+bool mayAskForAUnitTwice(const pcre2_code_16 *code) {
+    std::uint32_t firstType = 0;
+    std::uint32_t lastType = 0;
+    pcre2_pattern_info_16(code, PCRE2_INFO_FIRSTCODETYPE, &firstType);
+    pcre2_pattern_info_16(code, PCRE2_INFO_LASTCODETYPE, &lastType);
+    if (firstType != 1 || lastType != 1)
+        return false;
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+    pcre2_pattern_info_16(code, PCRE2_INFO_FIRSTCODEUNIT, &first);
+    pcre2_pattern_info_16(code, PCRE2_INFO_LASTCODEUNIT, &last);
+    // In either case; beyond ASCII that takes tables to know.
+    return (first | 0x20) == (last | 0x20) || first >= 128 || last >= 128;
 }
 
 } // namespace
@@ -118,18 +130,25 @@ bool QVRegularExpression::compile(std::shared_ptr<NSError> *error) {
     pcre2_pattern_info_16(_code, PCRE2_INFO_BACKREFMAX, &highestReference);
     pcre2_pattern_info_16(_code, PCRE2_INFO_NAMECOUNT, &nameCount);
     _hasReferences = highestReference != 0 || nameCount != 0;
-    if ((_options & QVRegularExpressionUseJIT) && pcre2JITAvailable())
-        _JITEnabled = pcre2_jit_compile_16(_code, PCRE2_JIT_COMPLETE) == 0;
-    readOutline();
-    readStartingConditions();
-    return true;
-}
-
-void QVRegularExpression::readOutline() {
     QVPatternOutline outline;
     if ((_options & QVRegularExpressionLiteral) == 0)
         outline = QVPatternOutline::outlineOfPattern(_pattern.view(),
                                                      (_options & QVRegularExpressionExtended) != 0);
+    if (outline.mayLookAheadFirst && QVPatternOutline::mayLookAhead(_pattern.view()) &&
+        mayAskForAUnitTwice(_code)) {
+        pcre2_code_free_16(_code);
+        _code = compileCode(_pattern.view(), PCRE2_NO_START_OPTIMIZE, errorCode);
+        if (_code == nullptr)
+            throw std::bad_alloc();
+    }
+    if ((_options & QVRegularExpressionUseJIT) && pcre2JITAvailable())
+        _JITEnabled = pcre2_jit_compile_16(_code, PCRE2_JIT_COMPLETE) == 0;
+    readOutline(outline);
+    readStartingConditions();
+    return true;
+}
+
+void QVRegularExpression::readOutline(const QVPatternOutline &outline) {
     _matchesEmptyTextAlone = outline.matchesEmptyTextAlone;
     _startsAtLineStartsAlone = outline.startsAtLineStartsAlone;
     // Where a pattern begins with any text, the library looks at the place where the search began, and then
@@ -175,7 +194,7 @@ void QVRegularExpression::readStartingConditions() {
     _canMatchEmptyText = canMatchEmptyText != 0;
     // In characters, of which each takes a unit at least. The library counts what must be there, so what a
     // look ahead asks for counts too, but is no part of a match and may lie behind the range's end.
-    if (!looksAhead(_pattern.view())) {
+    if (!QVPatternOutline::mayLookAhead(_pattern.view())) {
         std::uint32_t minimumLength = 0;
         pcre2_pattern_info_16(_code, PCRE2_INFO_MINLENGTH, &minimumLength);
         _minimumLength = minimumLength;

@@ -17,6 +17,7 @@ class QVRegularExpressionMatchContext;
 class QVRegularExpressionResult;
 class QVCombinedExpression;
 class QVWordList;
+struct QVPatternOutline;
 
 /// Compile options: a bit mask whose values are part of archives.
 using QVRegularExpressionOptions = std::uint64_t;
@@ -230,7 +231,7 @@ private:
                                       int &errorCode) const;
     /// Null where it can't be compiled to machine code.
     const ::pcre2_real_code_16 *anchoredCode() const;
-    void readOutline();
+    void readOutline(const QVPatternOutline &outline);
     bool canBeEmpty(std::u16string_view pattern) const;
     void readStartingConditions();
 

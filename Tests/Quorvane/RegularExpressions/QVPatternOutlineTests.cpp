@@ -69,6 +69,22 @@ TEST(QVPatternOutline, APatternThatMayDoWithoutALineStartStartsAnywhere) {
     EXPECT_TRUE(startsLines(u"^ *a"));
 }
 
+TEST(QVPatternOutline, ALookAheadBehindTextIsNotTheFirst) {
+    for (const std::u16string_view pattern :
+         {u"", u"a", u"a(?=b)", u"[ab](?=c)", u"\\w(?=a)", u"^a(?=b)", u"\\ba|b(?=c)", u"(?<=x)a(?=b)",
+          u"(?<!x)(?!y)a(?=b)", u"(?!(?=a))a", u"(?:a|b)c(?=d)", u"ab?(?=c)"})
+        EXPECT_FALSE(outline(pattern).mayLookAheadFirst) << std::string(pattern.begin(), pattern.end());
+    EXPECT_FALSE(outline(u" # (?=x)\n a (?=b)", true).mayLookAheadFirst);
+}
+
+TEST(QVPatternOutline, ALookAheadMayBeTheFirstWhereTheTextBeforeMayBeNone) {
+    for (const std::u16string_view pattern :
+         {u"(?=a)a", u"a?(?=b)b", u"a*(?=b)", u"a{0,2}(?=b)b", u"[ab]*(?=c)", u"^(?=a)", u"(?:a?(?=b))b",
+          u"(?:a){0,1}(?=b)", u"a|(?=b)b", u"\\K(?=a)", u"a(?#b", u"(?:x?)(?=a)a", u"(?<!x)(?=a)a",
+          u"(?x)#\n(?=a)a", u"(?^x)#\n(?=a)", u"(?-i)a(?=b)", u"(*pla:a)a"})
+        EXPECT_TRUE(outline(pattern).mayLookAheadFirst) << std::string(pattern.begin(), pattern.end());
+}
+
 TEST(QVPatternOutline, TailsAreWhatStandsBehindTheMovedStartOfEachAlternative) {
     EXPECT_EQ(tails(u"^ *\\Kab"), "ab");
     EXPECT_EQ(tails(u"a\\Kb\\Kc|d(?:e|f)"), "c/d(?:e|f)");

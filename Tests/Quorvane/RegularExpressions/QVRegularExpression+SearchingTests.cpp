@@ -188,6 +188,20 @@ TEST(QVRegularExpression, ASearchThatGivesUpTellsWhy) {
     EXPECT_EQ(outcome.range, NSNotFoundRange);
 }
 
+TEST(QVRegularExpression, AUnitThatALookAheadAsksForMayBeTheOneThatIsTaken) {
+    for (const char16_t *const pattern :
+         {u"(?=1)[ab]?1", u"(?:(?=1)|y)?(?=1)[ab]?1", u" *+(?=1)[ab]?1", u"(?=1)[ab]?1|(?=1)[cd]?1",
+          u"(?*1)[ab]?1", u"(*pla:1)[ab]?1", u"(*positive_lookahead:1)[ab]?1", u"(?x)#\n(?=1)[ab]?1"})
+        for (const QVRegularExpressionOptions options :
+             {QVRegularExpressionOptions(0), QVRegularExpressionUseJIT})
+            EXPECT_EQ(matchRanges(*expressionFor(pattern, options), u"x1", 0, {0, 2}), Ranges({{1, 1}}))
+                << NSString(pattern).UTF8String();
+    EXPECT_EQ(matchRanges(*expressionFor(u"(?=(?i:A).)[xy]?a"), u"xab", 0, {0, 3}), Ranges({{1, 1}}));
+    EXPECT_EQ(matchRanges(*expressionFor(u"(?=(?i:Ä).)[xy]?ä"), u"xäb", 0, {0, 3}), Ranges({{1, 1}}));
+    // What comes twice behind text still must.
+    EXPECT_EQ(matchRanges(*expressionFor(u"1[ab]?(?=1)"), u"x1a1", 0, {0, 4}), Ranges({{1, 2}}));
+}
+
 TEST(QVRegularExpression, AnAttemptMatchesAtTheRangesStartOnly) {
     const auto expression = expressionFor(u"(?<=-)a+(b)?", grammarOptions);
     const GuardedText text(u"-aa-ab");
