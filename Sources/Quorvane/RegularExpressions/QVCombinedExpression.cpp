@@ -135,9 +135,11 @@ QVCombinedExpression::~QVCombinedExpression() { pcre2_code_free_16(_code); }
     pcre2_set_newline_16(context, PCRE2_NEWLINE_ANY);
     int errorCode = 0;
     PCRE2_SIZE errorOffset = 0;
-    pcre2_code_16 *const code = pcre2_compile_16(
-        pcre2Characters(pattern.data()), pattern.size(),
-        PCRE2_UTF | PCRE2_NO_UTF_CHECK | PCRE2_MULTILINE | PCRE2_ANCHORED, &errorCode, &errorOffset, context);
+    // What makes searches quick is of no use at one place, and may rule out a match there.
+    pcre2_code_16 *const code = pcre2_compile_16(pcre2Characters(pattern.data()), pattern.size(),
+                                                 PCRE2_UTF | PCRE2_NO_UTF_CHECK | PCRE2_MULTILINE |
+                                                     PCRE2_ANCHORED | PCRE2_NO_START_OPTIMIZE,
+                                                 &errorCode, &errorOffset, context);
     pcre2_compile_context_free_16(context);
     if (code == nullptr || pcre2_jit_compile_16(code, PCRE2_JIT_COMPLETE) == 0)
         return code;

@@ -177,7 +177,8 @@ bool QVRegularExpression::canBeEmpty(std::u16string_view pattern) const {
 const pcre2_code_16 *QVRegularExpression::anchoredCode() const {
     std::call_once(_anchoredOnce, [this] {
         int errorCode = 0;
-        _anchoredCode = compileCode(_pattern.view(), PCRE2_ANCHORED, errorCode);
+        // What makes searches quick is of no use at one place, and may rule out a match there.
+        _anchoredCode = compileCode(_pattern.view(), PCRE2_ANCHORED | PCRE2_NO_START_OPTIMIZE, errorCode);
         if (_anchoredCode != nullptr && pcre2_jit_compile_16(_anchoredCode, PCRE2_JIT_COMPLETE) != 0) {
             pcre2_code_free_16(_anchoredCode);
             _anchoredCode = nullptr;

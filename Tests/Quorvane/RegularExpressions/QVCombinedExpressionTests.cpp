@@ -55,6 +55,11 @@ TEST(QVCombinedExpression, IsTriedAtItsPlaceAloneAndSeesWhatStandsAround) {
     EXPECT_EQ(answer(expressions, u"xb cd", 4), "-");
 }
 
+TEST(QVCombinedExpression, AUnitThatALookAheadAsksForMayBeTheOneThatIsTaken) {
+    const Expressions expressions{expression(u"(?=1)[ab]?1"), expression(u"(?=1)1[cd]?1")};
+    EXPECT_EQ(answer(expressions, u"x1", 1), "0:2");
+}
+
 TEST(QVCombinedExpression, EachExpressionKeepsItsOwnOptions) {
     const Expressions expressions{
         expression(u"a b # and no more", plain | QVRegularExpressionExtended),

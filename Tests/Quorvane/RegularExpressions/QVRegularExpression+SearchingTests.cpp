@@ -196,6 +196,9 @@ TEST(QVRegularExpression, AUnitThatALookAheadAsksForMayBeTheOneThatIsTaken) {
              {QVRegularExpressionOptions(0), QVRegularExpressionUseJIT})
             EXPECT_EQ(matchRanges(*expressionFor(pattern, options), u"x1", 0, {0, 2}), Ranges({{1, 1}}))
                 << NSString(pattern).UTF8String();
+    for (const char16_t *const pattern : {u"(?=1)[ab]?1", u"(?=1)(?:[ab]?1|[cd]?1)"})
+        EXPECT_EQ(matchAt(*expressionFor(pattern, grammarOptions), GuardedText(u"x1"), {1, 1}).range,
+                  (NSRange{1, 1}));
     EXPECT_EQ(matchRanges(*expressionFor(u"(?=(?i:A).)[xy]?a"), u"xab", 0, {0, 3}), Ranges({{1, 1}}));
     EXPECT_EQ(matchRanges(*expressionFor(u"(?=(?i:Ä).)[xy]?ä"), u"xäb", 0, {0, 3}), Ranges({{1, 1}}));
     // What comes twice behind text still must.
