@@ -49,7 +49,7 @@ bool findOwnMatchBehind(const QVMatch *owner, const QVMatch *match, const QVMatc
 #if defined(QUORVANE_VERIFY)
 constexpr NSUInteger longSymbol = 24;
 #else
-constexpr NSUInteger longSymbol = 4096;
+constexpr NSUInteger longSymbol = 256;
 #endif
 
 /// Whether a match has its symbol in the list. A match without length in front of the range is met again with
@@ -122,8 +122,10 @@ void QVParse::insertSymbols(Symbols made, NSUInteger location, QVSymbolEdit &edi
     // Symbols that went are in no order with the others.
     const std::size_t gone = edit.begin;
     const std::size_t goneEnd = gone + edit.goneCount;
-    auto at = std::lower_bound(place(0), place(gone), location, isBefore);
-    if (at == place(gone))
+    auto at = place(goneEnd);
+    if (gone != 0 && !isBefore(_symbols[gone - 1], location))
+        at = std::lower_bound(place(0), place(gone), location, isBefore);
+    else if (goneEnd != _symbols.size() && isBefore(_symbols[goneEnd], location))
         at = std::lower_bound(place(goneEnd), _symbols.end(), location, isBefore);
     auto index = static_cast<std::size_t>(at - _symbols.begin());
     std::size_t shared = 0;
