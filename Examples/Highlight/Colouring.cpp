@@ -11,7 +11,6 @@
 
 #include <cmath>
 #include <filesystem>
-#include <map>
 
 using namespace quorvane;
 
@@ -19,20 +18,20 @@ namespace highlight {
 
 namespace {
 
-/// Text whose look is painted over stretch by stretch. It is kept as pieces that look the same all over, and
-/// looks have numbers, so that painting compares and stores no more than those. What is painted comes nearly
-/// in the order of the text: so the pieces up to the present place stand in front of a gap, all others behind
-/// it, and each is moved over it about once.
+/// Text whose look is painted over stretch by stretch. It is kept as pieces that look the same all over, with
+/// their looks as numbers, so that painting compares and stores no more than those. What is painted comes
+/// nearly in the order of the text: so the pieces up to the present place stand in front of a gap, all others
+/// behind it, and each is moved over it about once.
 class Canvas {
 public:
     Canvas(NSRange range, const NSAttributes &defaults, Runs spare)
         // Room that is not used costs nothing, and pieces that must move cost more than those that are
         // painted.
         : _room(spare.takeRoom(range.length / 4 + 2)), _pieces(_room.starts.get()), _behind(_room.size - 1),
-          _end(NSMaxRange(range)), _defaults(defaults), _looks{defaults} {
-        _pieces[0] = {range.location, 0};
+          _end(NSMaxRange(range)), _palette(spare.takePalette(defaults)) {
+        _pieces[0] = {range.location, Palette::plainLook};
         // Ends the last piece.
-        _pieces[_behind] = {_end, 0};
+        _pieces[_behind] = {_end, Palette::plainLook};
     }
 
     void paint(NSRange range, const NSAttributes &attributes, std::uint64_t flags) {
@@ -52,7 +51,7 @@ public:
             const NSUInteger endOfPiece = _pieces[_behind].location;
             if (endOfPiece > end)
                 _pieces[--_behind] = {end, piece->look};
-            piece->look = lookOver(static_cast<std::uint32_t>(piece->look), attributes, flags);
+            piece->look = _palette->lookOver(static_cast<std::uint32_t>(piece->look), attributes, flags);
             if (endOfPiece >= end)
                 return;
             goToNextPiece();
@@ -70,17 +69,10 @@ public:
             if (piece.location < _end && (kept == 0 || _pieces[kept - 1].look != piece.look))
                 _pieces[kept++] = piece;
         }
-        return Runs(std::move(_room), kept, _end, std::move(_looks));
+        return Runs(std::move(_room), kept, _end, std::move(_palette));
     }
 
 private:
-    struct Repaint {
-        std::uint32_t before = 0;
-        const NSAttribute *attributes = nullptr;
-        std::uint64_t flags = ~std::uint64_t{0};
-        std::uint32_t after = 0;
-    };
-
     void goToNextPiece() { _pieces[_front++] = _pieces[_behind++]; }
     /// The piece at a place is the last one in front of the gap.
     void goToPieceAt(NSUInteger location) {
@@ -98,46 +90,13 @@ private:
         _pieces = _room.starts.get();
     }
 
-    std::uint32_t lookOver(std::uint32_t before, const NSAttributes &attributes, std::uint64_t flags) {
-        const NSAttribute *const key = attributes.begin();
-        Repaint &recent =
-            _recent[(reinterpret_cast<std::uintptr_t>(key) / alignof(NSAttribute) + before) % _recent.size()];
-        if (recent.before != before || recent.attributes != key || recent.flags != flags)
-            recent = {before, key, flags, newLookOver(before, attributes, flags)};
-        return recent.after;
-    }
-
-    std::uint32_t newLookOver(std::uint32_t before, const NSAttributes &attributes, std::uint64_t flags) {
-        const auto key = std::tuple(before, attributes.begin(), flags);
-        if (const auto found = _known.find(key); found != _known.end())
-            return found->second;
-        NSMutableAttributes look(_looks[before]);
-        if (flags != QVAttributeFlagsAdd) {
-            for (const NSAttributeKey name : QVParse::attributesAffectedBySyntaxHighlighting())
-                look.remove(name);
-            look.add(_defaults);
-        }
-        look.add(attributes);
-        const auto number = static_cast<std::uint32_t>(_looks.size());
-        _looks.push_back(look.attributes());
-        const auto equal = std::find(_looks.begin(), _looks.end() - 1, _looks.back());
-        _kept.push_back(attributes);
-        return _known[key] =
-                   equal + 1 == _looks.end() ? number : static_cast<std::uint32_t>(equal - _looks.begin());
-    }
-
     /// In order in front of the gap and behind it.
     Runs::Room _room;
     Runs::Start *_pieces;
     std::size_t _front = 1;
     std::size_t _behind;
     NSUInteger _end;
-    NSAttributes _defaults;
-    std::vector<NSAttributes> _looks;
-    std::array<Repaint, 64> _recent;
-    std::map<std::tuple<std::uint32_t, const NSAttribute *, std::uint64_t>, std::uint32_t> _known;
-    /// Keeps what the tables know by its address.
-    std::vector<NSAttributes> _kept;
+    std::unique_ptr<Palette> _palette;
 };
 
 bool isSet(const NSAttributes &attributes, NSAttributeKey key) {

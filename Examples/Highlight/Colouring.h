@@ -39,7 +39,8 @@ std::shared_ptr<quorvane::QVTheme> themeNamed(const std::string &name);
 /// The attributes of plain text under a theme.
 quorvane::NSAttributes defaultAttributes(const quorvane::QVTheme &theme);
 
-/// The runs of a range of the text. Needs read access. Runs that are needed no longer may give their memory.
+/// The runs of a range of the text. Needs read access. Runs that are needed no longer may give their memory
+/// and their palette.
 Runs attributeRuns(const quorvane::QVParse &parse, quorvane::NSRange range,
                    const quorvane::NSAttributes &defaults, Runs spare = {});
 

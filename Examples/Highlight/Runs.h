@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Platform/Foundation/NSAttributes.h"
+#include "Palette.h"
+
 #include "Platform/Foundation/NSRange.h"
 
 #include <cstdint>
 #include <memory>
 #include <utility>
-#include <vector>
 
 namespace highlight {
 
@@ -39,19 +39,25 @@ public:
 
     Runs() = default;
     /// The last one reaches to the end. No start is behind the next one.
-    Runs(Room room, std::size_t count, quorvane::NSUInteger end, std::vector<quorvane::NSAttributes> looks)
-        : _room(std::move(room)), _count(count), _end(end), _looks(std::move(looks)) {}
+    Runs(Room room, std::size_t count, quorvane::NSUInteger end, std::unique_ptr<Palette> palette)
+        : _room(std::move(room)), _count(count), _end(end), _palette(std::move(palette)) {}
     /// Room for so many at least, which was these ones' if it is large enough.
     Room takeRoom(std::size_t count) {
         _count = 0;
         return _room.size >= count ? std::exchange(_room, Room()) : Room(count);
+    }
+    /// A palette of these defaults, which was these ones' if theirs were the same.
+    std::unique_ptr<Palette> takePalette(const quorvane::NSAttributes &defaults) {
+        _count = 0;
+        return _palette && _palette->defaults() == defaults ? std::move(_palette)
+                                                            : std::make_unique<Palette>(defaults);
     }
 
     std::size_t size() const { return _count; }
     Run operator[](std::size_t index) const {
         const Start &start = _room.starts[index];
         const quorvane::NSUInteger end = index + 1 < _count ? _room.starts[index + 1].location : _end;
-        return {{start.location, end - start.location}, _looks[start.look]};
+        return {{start.location, end - start.location}, (*_palette)[start.look]};
     }
 
     class Iterator {
@@ -75,7 +81,7 @@ private:
     Room _room;
     std::size_t _count = 0;
     quorvane::NSUInteger _end = 0;
-    std::vector<quorvane::NSAttributes> _looks;
+    std::unique_ptr<Palette> _palette;
 };
 
 } // namespace highlight

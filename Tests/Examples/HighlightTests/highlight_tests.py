@@ -421,6 +421,13 @@ class HighlightTests(HighlightCase):
         self.assertEqual(len(result.stderr.splitlines()), 10)
         self.assertEqual(self.tree("--repeat=3", text=b"a // b"), self.tree(text=b"a // b"))
 
+    def test_what_is_coloured_again_looks_as_it_did(self):
+        text = b'a "b" // c\n' * 3
+        once = self.succeed("--syntax=tiny", "--format=attributes", "-", text=text).stdout
+        again = self.succeed("--syntax=tiny", "--format=attributes", "--repeat=3", "-", text=text).stdout
+        self.assertIn(b"color=", once)
+        self.assertEqual(again, once)
+
 
 if __name__ == "__main__":
     unittest.main()
