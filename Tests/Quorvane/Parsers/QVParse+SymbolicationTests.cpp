@@ -129,6 +129,34 @@ TEST_F(Symbolication, AMatchWithoutLengthInFrontOfTheRangeKeepsItsOneSymbol) {
     EXPECT_EQ(symbol(0), before);
 }
 
+TEST_F(Symbolication, AMatchWithoutLengthMayComeLateIntoTheListAndOthersFindTheirPlacesBesideIt) {
+    // What begins with nothing is asked again with everything behind it, and is a block once there is a "y".
+    const std::string late =
+        regionText("q", "(?=q)", "(?<=q)",
+                   subscopesText(matchText("l", "q")) +
+                       symbolText("block", "", element("filter", "match-start='(?=[\\s\\S]*y)'", "")));
+    const std::string lines = regionText("i", "^(?=\\t)", "^(?!\\t)", subscopesText(late + classes + words));
+    const std::u16string text = u"\tb\n\tb\n\tq\n\tb\n\tb\n\tclass A\n\tb\n\tb\n\tc\n\td";
+    const auto startLate = [&] {
+        start(lines, text);
+        ASSERT_EQ(drawn(), "class A 16+7\n");
+        edit({35, 0}, u"y");
+        parse->performWritingBlockAndWait([&] {
+            parse->symbolicateMatchesInRange({30, 6}, parse->rootMatch());
+        });
+        ASSERT_EQ(drawn(), "class A 16+7\nblock - 7+1\n");
+    };
+    // What is made anew comes behind all that stand in front of it, though one of them followed it in the
+    // list.
+    startLate();
+    edit({23, 0}, u"B");
+    EXPECT_EQ(drawn(), "block - 7+1\nclass AB 16+8\n");
+    // And before all that stand behind it, though one of them preceded it.
+    startLate();
+    edit({7, 0}, u" ");
+    EXPECT_EQ(drawn(), "block - 8+1\nclass A 17+7\n");
+}
+
 TEST(SymbolicationThreads, SymbolsMayBeHeldAndLetGoOnAnyThread) {
     const auto parse = parseOfText(syntaxWithElements(scopesText(functions + words)), u"f(a)\ng(b)\nh(c)\n");
     std::atomic<bool> isDone = false;
